@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# Installs every Debian package Quillet needs to build, test and benchmark.
+# Does nothing when everything is already present.
+set -euo pipefail
+
+packages=(
+  # build
+  cmake ninja-build g++ pkg-config
+  qt6-base-dev libvips-dev
+  libgtest-dev libgmock-dev
+  # runtime tools and fonts
+  libjpeg-turbo-progs fonts-dejavu-core
+  # test oracle, fuzzing, GUI tests
+  libimage-exiftool-perl clang libclang-rt-14-dev xvfb
+  # benchmark competitors and measurement
+  libvips-tools graphicsmagick imagemagick time
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed'; then
+    missing+=("$p")
+  fi
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+echo "Installing: ${missing[*]}"
+sudo=()
+[ "$(id -u)" -ne 0 ] && sudo=(sudo)
+export DEBIAN_FRONTEND=noninteractive
+"${sudo[@]}" apt-get update -qq
+"${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

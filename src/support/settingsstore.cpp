@@ -1,0 +1,28 @@
+#include "support/settingsstore.h"
+
+#include <QMutex>
+
+namespace {
+
+QMutex overrideMutex;
+QString overriddenPath;
+
+} // namespace
+
+void SettingsStore::overridePath(const QString& iniPath) {
+    QMutexLocker lock(&overrideMutex);
+    overriddenPath = iniPath;
+}
+
+std::unique_ptr<QSettings> SettingsStore::open() {
+    QString path;
+    {
+        QMutexLocker lock(&overrideMutex);
+        path = overriddenPath;
+    }
+    if (path.isEmpty())
+        path = qEnvironmentVariable(EnvironmentVariable);
+    if (!path.isEmpty())
+        return std::make_unique<QSettings>(path, QSettings::IniFormat);
+    return std::make_unique<QSettings>(QStringLiteral("Korvane"), QStringLiteral("Quillet"));
+}

@@ -1,0 +1,51 @@
+#include "testsupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace testsupport {
+
+QString samplesDir() {
+    const QString dir = QStringLiteral(QUILLET_SAMPLES_DIR);
+    return QFileInfo(dir).isDir() ? QDir(dir).canonicalPath() : QString();
+}
+
+QString samplePath(const QString& name) {
+    const QString dir = samplesDir();
+    if (dir.isEmpty())
+        return {};
+    const QString path = dir + QLatin1Char('/') + name;
+    return QFileInfo::exists(path) ? path : QString();
+}
+
+QString projectSamplesDir() { return QStringLiteral(QUILLET_PROJECT_SAMPLES_DIR); }
+
+QString cliPath() { return QStringLiteral(QUILLET_CLI_PATH); }
+
+QByteArray readFile(const QString& path) {
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+bool writeFile(const QString& path, const QByteArray& bytes) {
+    QFile f(path);
+    return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
+}
+
+vips::VImage solidImage(int width, int height, int r, int g, int b, int a) {
+    return vips::VImage::black(width, height, vips::VImage::option()->set("bands", 4))
+        .new_from_image({double(r), double(g), double(b), double(a)})
+        .copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB))
+        .cast(VIPS_FORMAT_UCHAR);
+}
+
+Picture solidPicture(int width, int height, int r, int g, int b, int a) {
+    return Picture{solidImage(width, height, r, g, b, a), double(width), double(height)};
+}
+
+std::vector<double> pixelAt(const vips::VImage& image, int x, int y) {
+    return image.getpoint(x, y);
+}
+
+} // namespace testsupport

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "engine/picture.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+#include <vips/vips8>
+
+// Fixtures shared by every suite.
+namespace testsupport {
+
+// ../shared/samples/photos, or empty when that folder is absent.
+QString samplesDir();
+// Full path of a shared sample; skips the calling test with a clear message
+// when the samples are absent. Use as: QString p; QUILLET_SAMPLE_OR_SKIP(p, "Canon_40D.jpg");
+QString samplePath(const QString& name);
+#define QUILLET_SAMPLE_OR_SKIP(var, name)                                                          \
+    do {                                                                                           \
+        (var) = testsupport::samplePath(QStringLiteral(name));                                     \
+        if ((var).isEmpty())                                                                       \
+            GTEST_SKIP() << "sample pictures not found (../shared/samples/photos is absent)";      \
+    } while (0)
+
+// The pictures shipped in the project's samples/ folder.
+QString projectSamplesDir();
+
+// Path of the built command-line tool.
+QString cliPath();
+
+QByteArray readFile(const QString& path);
+bool writeFile(const QString& path, const QByteArray& bytes);
+
+// A solid 4-band picture of the given size and colour.
+vips::VImage solidImage(int width, int height, int r, int g, int b, int a = 255);
+Picture solidPicture(int width, int height, int r, int g, int b, int a = 255);
+// One pixel as {r, g, b, a}.
+std::vector<double> pixelAt(const vips::VImage& image, int x, int y);
+
+} // namespace testsupport
