@@ -1,0 +1,46 @@
+#include "inplace/consolereport.h"
+
+#include "inplace/jpegtranrunner.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+void ConsoleReport::writeActivity(const QString& line) {
+    std::fputs(line.toLocal8Bit().constData(), m_out);
+    std::fflush(m_out);
+}
+
+void ConsoleReport::writeWarningActivity(const QString& line) {
+    std::fputs(line.toLocal8Bit().constData(), m_err);
+    std::fflush(m_err);
+}
+
+void ConsoleReport::showProgress(const QString& status, int value) {
+    std::fprintf(m_out, "[%d/%d] %s\n", value, m_maximum, status.toLocal8Bit().constData());
+    std::fflush(m_out);
+}
+
+void ConsoleReport::showAlert(const QString& title, const QString& text, const QString&) {
+    std::fprintf(m_err, "%s: %s\n", title.toLocal8Bit().constData(), text.toLocal8Bit().constData());
+}
+
+int ConsoleReport::run(InplaceAction action, const QStringList& files, bool keepBackup, bool modificationDate) {
+    ConsoleReport report(stdout, stderr);
+    InplaceSession session(report, report);
+    session.setSynchronous(true);
+    session.setKeepBackup(keepBackup);
+    session.setResetModificationDate(modificationDate);
+    QStringList paths;
+    for (const QString& file : files)
+        paths.append(QDir::cleanPath(QFileInfo(file).absoluteFilePath()));
+    try {
+        session.start(action, paths);
+    } catch (const JpegtranMissing& error) {
+        std::fprintf(stderr, "quillet: %s\n", error.what());
+        return 1;
+    }
+    const QStringList bad = session.badFiles();
+    for (const QString& path : bad)
+        std::fprintf(stderr, "  %s\n", QDir::toNativeSeparators(path).toLocal8Bit().constData());
+    return bad.isEmpty() ? 0 : 1;
+}

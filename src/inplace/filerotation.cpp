@@ -1,0 +1,146 @@
+#include "inplace/filerotation.h"
+
+#include "inplace/inplacefilesystem.h"
+#include "inplace/jpegtranrunner.h"
+#include "metadata/kvimageinfo.h"
+#include "support/activitylog.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace {
+
+// Mode bits are checked as well as access(): root may write anywhere, but a
+// file or folder the user made read-only is still not ours to rewrite.
+bool writable(const QFileInfo& info) {
+    const auto writeBits = QFileDevice::WriteOwner | QFileDevice::WriteGroup | QFileDevice::WriteOther;
+    return info.isWritable() && (info.permissions() & writeBits);
+}
+
+} // namespace
+
+FileRotation::FileRotation(JpegtranRunner& jpegtran, InplaceFileSystem& fileSystem, ActivityLog& log)
+    : m_jpegtran(jpegtran), m_fileSystem(fileSystem), m_log(log) {}
+
+QString FileRotation::temporaryPath(const QString& path) {
+    const QFileInfo info(path);
+    return info.absolutePath() + QStringLiteral("/.qlt.") + info.fileName();
+}
+
+QString FileRotation::backupPath(const QString& path) {
+    const QFileInfo info(path);
+    return info.absolutePath() + QLatin1Char('/') + QLatin1String(BackupFolderName) + QLatin1Char('/') +
+           info.fileName();
+}
+
+int FileRotation::degreesForOrientation(int orientation) {
+    switch (orientation) {
+    case 6:
+        return 90;
+    case 8:
+        return 270;
+    case 3:
+        return 180;
+    default: // upright, mirrored, or no tag
+        return 0;
+    }
+}
+
+FileRotation::Outcome FileRotation::fail(const QString& format, const QString& name) {
+    m_log.writeWarningActivity(format.arg(name));
+    return Outcome::Bad;
+}
+
+FileRotation::Outcome FileRotation::rotate(const QString& path, int degrees, bool keepBackup) {
+    const QFileInfo info(path);
+    const QString name = info.fileName();
+    if (info.isDir())
+        return fail(QStringLiteral("'%1' is a folder\n"), name);
+    const bool automatic = degrees == 0;
+    if (automatic) {
+        degrees = degreesForOrientation(KVImageInfo::orientationForPath(path));
+        if (degrees == 0) {
+            m_log.writeActivity(QStringLiteral("Skipping '%1'\n").arg(name));
+            return Outcome::Skipped;
+        }
+    }
+    if (!info.isFile())
+        return fail(QStringLiteral("'%1' was not found\n"), name);
+    if (!writable(info) || !writable(QFileInfo(info.absolutePath())))
+        return fail(QStringLiteral("'%1' is read-only\n"), name);
+
+    const QString marker = temporaryPath(path);
+    if (InplaceFileSystem::exists(marker)) // a leftover that could not be put back
+        return fail(QStringLiteral("'%1' has an interrupted rotation that could not be undone\n"), name);
+    QString source = marker;
+    if (keepBackup) {
+        if (!m_fileSystem.makeFolder(info.absolutePath() + QLatin1Char('/') + QLatin1String(BackupFolderName)))
+            return fail(QStringLiteral("Unable to make the backup folder for '%1'\n"), name);
+        source = backupPath(path);
+        if (!m_fileSystem.link(path, marker))
+            return fail(QStringLiteral("Unable to back up '%1'\n"), name);
+        // After a restore the backup can be another name of the file itself; a
+        // rename between two names of one file does nothing, and the tool would
+        // then write over the very original it reads.
+        if (InplaceFileSystem::sameFile(path, source))
+            m_fileSystem.remove(source);
+    }
+    if (!m_fileSystem.rename(path, source)) {
+        if (keepBackup)
+            m_fileSystem.remove(marker);
+        return fail(QStringLiteral("Unable to move '%1' aside\n"), name);
+    }
+
+    // The tool reads the moved original and writes the turned picture in its place.
+    const int status =
+        m_jpegtran.run({QStringLiteral("-rotate"), QString::number(degrees), QStringLiteral("-outfile"), path, source});
+    QString failure;
+    if (status == -1)
+        failure = QStringLiteral("Unable to run jpegtran on '%1'\n");
+    else if (status != 0)
+        failure = QStringLiteral("'%1' is not a JPEG\n");
+    else if (KVImageInfo::copyInfoFromPath(source, path) != 1)
+        failure = QStringLiteral("Unable to copy the EXIF data into '%1'\n");
+    else if (automatic && KVImageInfo::setOrientation(1, path) == 0)
+        failure = QStringLiteral("Unable to reset the orientation of '%1'\n");
+    if (!failure.isEmpty()) {
+        putBack(path, source, marker);
+        return fail(failure, name);
+    }
+
+    // The tool and the EXIF rewrite make new files; keep the original's mode.
+    QFile::setPermissions(path, QFileInfo(source).permissions());
+    m_fileSystem.remove(marker);
+    m_log.writeActivity(QStringLiteral("Rotated '%1'\n").arg(name));
+    return Outcome::Rotated;
+}
+
+void FileRotation::putBack(const QString& path, const QString& source, const QString& marker) {
+    // The rename replaces whatever the tool left at the path.
+    if (!m_fileSystem.rename(source, path)) {
+        m_log.writeWarningActivity(QStringLiteral("Unable to put back '%1'; the original is '%2'\n")
+                                       .arg(QFileInfo(path).fileName(), source));
+        return;
+    }
+    if (source != marker)
+        m_fileSystem.remove(marker);
+}
+
+bool FileRotation::restoreLeftover(const QString& path) {
+    const QString marker = temporaryPath(path);
+    if (!InplaceFileSystem::exists(marker))
+        return true;
+    const QString name = QFileInfo(path).fileName();
+    // Interrupted before the original was moved, or after it was put back.
+    if (InplaceFileSystem::sameFile(marker, path))
+        return m_fileSystem.remove(marker);
+    // Otherwise the run never finished: whatever stands at the path (nothing, a
+    // part-written file, or a turned copy not yet given its EXIF) is its output.
+    if (!QFileInfo(marker).isFile() || !m_fileSystem.rename(marker, path)) {
+        m_log.writeWarningActivity(
+            QStringLiteral("Unable to put back '%1' from '%2'\n").arg(name, QFileInfo(marker).fileName()));
+        return false;
+    }
+    m_log.writeActivity(QStringLiteral("Restored '%1' from an interrupted rotation\n").arg(name));
+    return true;
+}

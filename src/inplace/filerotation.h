@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QString>
+
+class ActivityLog;
+class InplaceFileSystem;
+class JpegtranRunner;
+
+// Turns one JPEG in place through jpegtran, and puts back an original that an
+// interrupted run left under its temporary name.
+//
+// While a file is being turned its original is kept under ".qlt.<name>" beside
+// it (with a backup, that name is a second link to the backup in "Quillet
+// Originals"). The name is removed only once the turned file is complete, so
+// its presence always means a rotation that did not finish, whatever killed it.
+class FileRotation {
+public:
+    enum class Outcome { Rotated, Skipped, Bad };
+
+    static constexpr char BackupFolderName[] = "Quillet Originals";
+
+    FileRotation(JpegtranRunner& jpegtran, InplaceFileSystem& fileSystem, ActivityLog& log);
+
+    // _rotateFile:by: degrees 90, 180 or 270, or 0 to turn the picture upright
+    // from its orientation tag (then reset to 1). The user's file is never
+    // lost: on any failure the original is back at its path.
+    Outcome rotate(const QString& path, int degrees, bool keepBackup);
+
+    // Puts back the original of an interrupted rotation of `path`. Returns
+    // false when one is there and could not be put back; the file must then be
+    // left alone.
+    bool restoreLeftover(const QString& path);
+
+    // ".qlt.<name>" beside the file.
+    static QString temporaryPath(const QString& path);
+    // "Quillet Originals/<name>" beside the file.
+    static QString backupPath(const QString& path);
+
+private:
+    // The angle to turn by in automatic mode; 0 when the file stays as it is.
+    static int degreesForOrientation(int orientation);
+    void putBack(const QString& path, const QString& source, const QString& marker);
+    Outcome fail(const QString& format, const QString& name);
+
+    JpegtranRunner& m_jpegtran;
+    InplaceFileSystem& m_fileSystem;
+    ActivityLog& m_log;
+};

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <QStringList>
+
+#include <atomic>
+#include <memory>
+#include <thread>
+
+class InplaceDelegate;
+class InplaceFileSystem;
+class JpegtranRunner;
+
+// Changes the user's own files where they lie: lossless JPEG rotation through
+// jpegtran, file dates from the EXIF capture date, and custom icons. Each run
+// goes over its list of paths on a thread of its own (or on the caller's, see
+// setSynchronous) and reports to the delegate from that thread.
+class LosslessProcessor {
+public:
+    // The delegate is not owned and must outlive the processor. Without a
+    // runner, jpegtran is looked up on PATH or through QUILLET_JPEGTRAN.
+    explicit LosslessProcessor(InplaceDelegate& controller, std::unique_ptr<JpegtranRunner> jpegtran = {},
+                               InplaceFileSystem* fileSystem = nullptr);
+    // Waits for a run still going.
+    ~LosslessProcessor();
+    LosslessProcessor(const LosslessProcessor&) = delete;
+    LosslessProcessor& operator=(const LosslessProcessor&) = delete;
+
+    // Runs on the calling thread instead, returning when the run is over; for
+    // the command-line tool and tests.
+    void setSynchronous(bool synchronous) { m_synchronous = synchronous; }
+
+    // Each start call returns false, and does nothing, while a run is going
+    // (its completion callback included).
+    // degrees: 90 clockwise, 270 counter-clockwise, 180, or 0 for upright from
+    // the orientation tag. Throws JpegtranMissing when there is no jpegtran.
+    bool rotateFiles(const QStringList& paths, int degrees, bool keepBackup);
+    bool resetDatesForFiles(const QStringList& paths, bool modificationDate);
+    bool addCustomIconsForFiles(const QStringList& paths);
+    bool removeCustomIconsForFiles(const QStringList& paths);
+
+    // The run stops before its next file. A cancel that comes after the last
+    // file stays set and stops the next run before its first.
+    void cancel() { m_cancel = true; }
+    // Throws JpegtranMissing when there is no jpegtran to run.
+    void requireJpegtran() const;
+    bool isRunning() const { return m_running; }
+    // Blocks until the current run, if any, is over.
+    void wait();
+
+private:
+    enum class Operation { Rotate, ResetDates, AddIcons, RemoveIcons };
+
+    bool start(Operation operation, const QStringList& paths);
+    void run(Operation operation);
+    void complete(Operation operation, const QStringList& badFiles);
+    void resetDatesForFile(const QString& path);
+
+    InplaceDelegate& m_controller;
+    std::unique_ptr<JpegtranRunner> m_jpegtran;
+    InplaceFileSystem& m_fileSystem;
+    bool m_synchronous = false;
+
+    // The current run's settings; written only while no run is going.
+    QStringList m_paths;
+    int m_degrees = 0;
+    bool m_keepBackup = false;
+    bool m_resetModificationDate = false;
+
+    std::atomic<bool> m_cancel = false;
+    std::atomic<bool> m_running = false;
+    std::thread m_thread;
+};
