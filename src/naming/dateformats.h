@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QStringList>
+
+// The "DateFormats" resource: the calendar formats offered for date naming,
+// in the order of their tags.
+namespace DateFormats {
+
+// Read once from the resource compiled into the core library; the capture-date
+// form alone if the resource cannot be read.
+QStringList list();
+
+} // namespace DateFormats
