@@ -84,3 +84,23 @@ at_most() {
 kb_to_mb() {
     awk -v k="$1" 'BEGIN { if (k == "" || k == "-") print "-"; else printf "%.0f\n", k / 1024 }'
 }
+
+# at_least VALUE LIMIT
+# Prints "pass" when VALUE >= LIMIT, "FAIL" when below, "n/a" when missing.
+at_least() {
+    awk -v v="$1" -v l="$2" 'BEGIN {
+        if (v == "" || l == "" || v == "-" || l == "-") print "n/a"
+        else if (v + 0 >= l + 0) print "pass"
+        else print "FAIL"
+    }'
+}
+
+# fitted_size WIDTH HEIGHT BOX
+# "W H" of a WIDTH x HEIGHT picture scaled to fit inside BOX x BOX, larger or
+# smaller, rounding halves up.
+fitted_size() {
+    awk -v w="$1" -v h="$2" -v box="$3" 'BEGIN {
+        if (w > h) printf "%d %d\n", box, int(box * h / w + 0.5)
+        else printf "%d %d\n", int(box * w / h + 0.5), box
+    }'
+}
