@@ -1,8 +1,102 @@
 #include "cli/commands.h"
+#include "cli/processoptions.h"
+#include "cli/processsignals.h"
+#include "cli/terminalinput.h"
+#include "cli/terminalshell.h"
+#include "engine/imageprocessor.h"
+#include "support/settingsstore.h"
 
+#include <QFileInfo>
+
+#include <cerrno>
 #include <cstdio>
+#include <unistd.h>
 
-int runProcess(const QStringList&) {
-    std::fputs("quillet: 'process' is not available yet\n", stderr);
+namespace {
+
+int usageError(const QString& message) {
+    std::fprintf(stderr, "quillet process: %s\nRun 'quillet process --help' for the options.\n",
+                 message.toLocal8Bit().constData());
     return 2;
+}
+
+TerminalShell::Conflict conflictPolicy(const ProcessRequest& request, bool canAsk) {
+    if (!request.conflictGiven)
+        return canAsk ? TerminalShell::Conflict::Ask : TerminalShell::Conflict::Skip;
+    switch (request.conflict) {
+    case ProcessRequest::Conflict::Replace:
+        return TerminalShell::Conflict::Replace;
+    case ProcessRequest::Conflict::Skip:
+        return TerminalShell::Conflict::Skip;
+    default:
+        return TerminalShell::Conflict::Ask;
+    }
+}
+
+} // namespace
+
+int runProcess(const QStringList& args) {
+    const auto settings = SettingsStore::open();
+    ProcessParse parsed = parseProcessArguments(args, *settings);
+    if (!parsed.request)
+        return usageError(parsed.error);
+    ProcessRequest& request = *parsed.request;
+    if (request.help) {
+        std::fputs(processUsage().toLocal8Bit().constData(), stdout);
+        return 0;
+    }
+    const bool canAsk = isatty(STDIN_FILENO) != 0;
+    if (request.conflictGiven && request.conflict == ProcessRequest::Conflict::Ask && !canAsk)
+        return usageError(QStringLiteral("--on-conflict ask needs a terminal to ask on; use --on-conflict skip "
+                                         "or --on-conflict replace"));
+    for (const QString& path : request.paths)
+        if (!QFileInfo::exists(path))
+            std::fprintf(stderr, "quillet process: '%s' does not exist; left out\n", path.toLocal8Bit().constData());
+
+    TerminalShell::Streams streams;
+    streams.outIsTerminal = isatty(STDOUT_FILENO) != 0;
+    streams.statusIsTerminal = isatty(STDERR_FILENO) != 0;
+    TerminalShell shell(streams, conflictPolicy(request, canAsk));
+    if (!request.logFile.isEmpty() && !shell.openLogFile(request.logFile))
+        return usageError(QStringLiteral("cannot write the log file '%1'").arg(request.logFile));
+
+    if (request.options.parallel) {
+        // The batch already keeps every core busy with a picture of its own;
+        // libvips threads inside each picture would only contend with them.
+        vips_concurrency_set(1);
+    }
+    ImageProcessor job(shell, request.renamer);
+    TerminalInput input([&] {
+        const bool paused = job.pause();
+        shell.notice(paused ? QStringLiteral("Paused after the current file; press p to resume")
+                            : QStringLiteral("Resumed"));
+    });
+    if (input.active())
+        shell.setKeyReader([&input] { return input.readKey(); });
+
+    ProcessSignals signalWatch({
+        [&] {
+            shell.notice(QStringLiteral("Cancelling after the current file (Ctrl-C again to stop at once)"));
+            job.cancel();
+        },
+        [&] {
+            // Ctrl-Z: stop between files, then hand the terminal back.
+            if (!job.pause())
+                job.pause();
+            shell.notice(QStringLiteral("Paused; 'fg' resumes"));
+            input.suspend();
+        },
+        [&] {
+            input.resume();
+            if (job.pause())
+                job.pause();
+            shell.notice(QStringLiteral("Resumed"));
+        },
+        [&] { input.suspend(); },
+    });
+
+
+    job.processFiles(request.paths, request.params, request.dest, request.creator, request.options);
+    job.waitForFinished();
+    return shell.processed() == shell.total() && !shell.hadError() ? 0 : 1;
 }

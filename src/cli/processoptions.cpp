@@ -1,0 +1,386 @@
+#include "cli/processoptions.h"
+
+#include "cli/processvalues.h"
+#include "settings/presetstore.h"
+
+#include <functional>
+#include <map>
+
+namespace {
+
+using Params = ProcessingParams;
+
+struct Parser {
+    ProcessRequest request;
+    QStringList args;
+    int at = 0;
+    QString error;
+    std::optional<QString> preset;
+
+    bool fail(const QString& message) {
+        if (error.isEmpty())
+            error = message;
+        return false;
+    }
+    // The value after option `name`.
+    std::optional<QString> value(const QString& name) {
+        if (at >= args.size()) {
+            fail(QStringLiteral("option '%1' needs a value").arg(name));
+            return std::nullopt;
+        }
+        return args[at++];
+    }
+    std::optional<int> intValue(const QString& name, int min, int max) {
+        const auto text = value(name);
+        if (!text)
+            return std::nullopt;
+        const auto number = ProcessValues::parseInt(*text, min, max);
+        if (!number)
+            fail(QStringLiteral("option '%1' wants a whole number from %2 to %3, not '%4'")
+                     .arg(name).arg(min).arg(max).arg(*text));
+        return number;
+    }
+    bool box(const QString& name, int scaleType, bool withCrop = false) {
+        const auto text = value(name);
+        if (!text)
+            return false;
+        const auto size = ProcessValues::parseBox(*text, withCrop);
+        if (!size)
+            return fail(QStringLiteral("option '%1' wants WIDTHxHEIGHT%2, not '%3'")
+                            .arg(name, withCrop ? QStringLiteral("[@PERCENT]") : QString(), *text));
+        Params& p = request.params;
+        p.setInt(ParamKey::ScaleType, scaleType);
+        p.setInt(ParamKey::Width, size->width);
+        p.setInt(ParamKey::Height, size->height);
+        if (withCrop)
+            p.setInt(ParamKey::CropAreaPercentage, size->percent);
+        return true;
+    }
+    bool choice(const QString& name, const std::map<QString, int>& choices, const std::function<void(int)>& apply) {
+        const auto text = value(name);
+        if (!text)
+            return false;
+        const auto found = choices.find(text->toLower());
+        if (found == choices.end()) {
+            QStringList names;
+            for (const auto& [key, code] : choices)
+                names.append(key);
+            return fail(QStringLiteral("option '%1' wants one of %2, not '%3'").arg(name, names.join(QStringLiteral(", ")), *text));
+        }
+        apply(found->second);
+        return true;
+    }
+    bool color(const QString& name, const char* key) {
+        const auto text = value(name);
+        if (!text)
+            return false;
+        const auto parsed = ProcessValues::parseColor(*text);
+        if (!parsed)
+            return fail(QStringLiteral("option '%1' wants a colour such as #ffffff, #00000080 or "
+                                       "rgba(1, 1, 1, 0.5), not '%2'").arg(name, *text));
+        request.params.setColor(QLatin1String(key), *parsed);
+        return true;
+    }
+
+    bool option(const QString& name);
+};
+
+bool Parser::option(const QString& name) {
+    Params& p = request.params;
+    Renamer& r = request.renamer;
+    BatchOptions& o = request.options;
+    const auto setBool = [&](const char* key, bool on) { p.setBool(QLatin1String(key), on); return true; };
+
+    if (name == QLatin1String("--dest")) {
+        const auto v = value(name);
+        return v && (request.dest = *v, true);
+    }
+    if (name == QLatin1String("--preset")) {
+        const auto v = value(name);
+        return v && (preset = *v, true);
+    }
+    if (name == QLatin1String("--set")) {
+        const auto v = value(name);
+        if (!v)
+            return false;
+        const QString problem = ProcessValues::applySetting(p, *v);
+        return problem.isEmpty() || fail(problem);
+    }
+    if (name == QLatin1String("--rotate"))
+        return choice(name, {{QStringLiteral("none"), Rotation::None}, {QStringLiteral("cw"), Rotation::Clockwise},
+                             {QStringLiteral("ccw"), Rotation::CounterClockwise},
+                             {QStringLiteral("180"), Rotation::HalfTurn}, {QStringLiteral("auto"), Rotation::Automatic}},
+                      [&](int code) { p.setInt(ParamKey::Rotation, code); });
+    if (name == QLatin1String("--width") || name == QLatin1String("--height")) {
+        const auto v = intValue(name, 1, 1000000);
+        if (!v)
+            return false;
+        const bool width = name == QLatin1String("--width");
+        p.setInt(ParamKey::ScaleType, width ? ScaleType::ToWidth : ScaleType::ToHeight);
+        p.setInt(width ? ParamKey::Width : ParamKey::Height, *v);
+        return true;
+    }
+    if (name == QLatin1String("--fit"))
+        return box(name, ScaleType::Fit);
+    if (name == QLatin1String("--fill"))
+        return box(name, ScaleType::Fill);
+    if (name == QLatin1String("--stretch"))
+        return box(name, ScaleType::Stretch);
+    if (name == QLatin1String("--crop"))
+        return box(name, ScaleType::Crop, true);
+    if (name == QLatin1String("--percent")) {
+        const auto v = intValue(name, 1, 10000);
+        return v && (p.setInt(ParamKey::ScaleType, ScaleType::Percent), p.setInt(ParamKey::ScalePercent, *v), true);
+    }
+    if (name == QLatin1String("--no-scale"))
+        return p.setInt(ParamKey::ScaleType, ScaleType::None), true;
+    if (name == QLatin1String("--down-only"))
+        return setBool(ParamKey::ScaleDownOnly, true);
+    if (name == QLatin1String("--flip-portrait"))
+        return setBool(ParamKey::FlipRatio, true);
+    if (name == QLatin1String("--interpolation"))
+        return choice(name, {{QStringLiteral("default"), ScaleQuality::Default}, {QStringLiteral("none"), ScaleQuality::None},
+                             {QStringLiteral("low"), ScaleQuality::Low}, {QStringLiteral("high"), ScaleQuality::High}},
+                      [&](int code) { p.setInt(ParamKey::ScaleQuality, code); });
+    if (name == QLatin1String("--format"))
+        return choice(name, {{QStringLiteral("jpeg"), FileFormat::Jpeg}, {QStringLiteral("jpg"), FileFormat::Jpeg},
+                             {QStringLiteral("png"), FileFormat::Png}, {QStringLiteral("tiff"), FileFormat::Tiff},
+                             {QStringLiteral("tif"), FileFormat::Tiff}},
+                      [&](int code) { p.setInt(ParamKey::FileFormat, code); });
+    if (name == QLatin1String("--quality")) {
+        const auto v = intValue(name, 0, 100);
+        return v && (p.setInt(ParamKey::JpegQuality, *v), true);
+    }
+    if (name == QLatin1String("--max-size")) {
+        const auto v = intValue(name, 1, 4000000);
+        return v && (p.setBool(ParamKey::HasFizeLimit, true), p.setInt(ParamKey::SizeLimit, *v), true);
+    }
+    if (name == QLatin1String("--no-max-size"))
+        return setBool(ParamKey::HasFizeLimit, false);
+    if (name == QLatin1String("--dpi")) {
+        const auto v = intValue(name, 1, 100000);
+        return v && (p.setInt(ParamKey::Resolution, *v), true);
+    }
+    if (name == QLatin1String("--keep-exif") || name == QLatin1String("--no-keep-exif"))
+        return setBool(ParamKey::PreserveHeader, name == QLatin1String("--keep-exif"));
+    if (name == QLatin1String("--keep-transparency") || name == QLatin1String("--no-keep-transparency"))
+        return setBool(ParamKey::PreserveTransparency, name == QLatin1String("--keep-transparency"));
+    if (name == QLatin1String("--background"))
+        return color(name, ParamKey::BackgroundColor);
+    if (name == QLatin1String("--watermark")) {
+        const auto v = value(name);
+        if (!v)
+            return false;
+        p.setBool(ParamKey::WatermarkEnabled, true);
+        p.setBool(ParamKey::ImageWatermarkEnabled, true);
+        p.setString(ParamKey::WatermarkPath, *v);
+        return true;
+    }
+    if (name == QLatin1String("--watermark-opacity")) {
+        const auto v = intValue(name, 0, 100);
+        return v && (p.setInt(ParamKey::WatermarkOpacity, *v), true);
+    }
+    if (name == QLatin1String("--watermark-location")) {
+        const auto v = intValue(name, 0, 7);
+        return v && (p.setInt(ParamKey::WatermarkLocation, *v), true);
+    }
+    if (name == QLatin1String("--text")) {
+        const auto v = value(name);
+        if (!v)
+            return false;
+        const auto fields = ProcessValues::parseTextFields(*v);
+        if (!fields)
+            return fail(QStringLiteral("option '--text' wants field names separated by commas (%1), not '%2'")
+                            .arg(ProcessValues::textFieldNames().join(QStringLiteral(", ")), *v));
+        p.setBool(ParamKey::WatermarkEnabled, true);
+        p.setBool(ParamKey::DynWatermarkEnabled, true);
+        p.setIntList(ParamKey::DynWatermarkFields, *fields);
+        return true;
+    }
+    if (name == QLatin1String("--text-size")) {
+        const auto v = intValue(name, 0, 100);
+        return v && (p.setInt(ParamKey::DynWatermarkSize, *v), true);
+    }
+    if (name == QLatin1String("--text-style"))
+        return choice(name, {{QStringLiteral("white-shadow"), TextStyle::WhiteShadow}, {QStringLiteral("black"), TextStyle::Black},
+                             {QStringLiteral("black-glow"), TextStyle::BlackGlow}},
+                      [&](int code) { p.setInt(ParamKey::DynWatermarkStyle, code); });
+    if (name == QLatin1String("--text-background"))
+        return color(name, ParamKey::DynWatermarkBackgroundColor);
+
+    if (name == QLatin1String("--rename"))
+        return choice(name, {{QStringLiteral("keep"), Renamer::KeepName}, {QStringLiteral("sequence"), Renamer::Sequence},
+                             {QStringLiteral("prefix-suffix"), Renamer::PrefixSuffix}, {QStringLiteral("date"), Renamer::Date}},
+                      [&](int code) { r.setType(code); });
+    if (name == QLatin1String("--prefix") || name == QLatin1String("--suffix")) {
+        const auto v = value(name);
+        if (!v)
+            return false;
+        name == QLatin1String("--prefix") ? r.setPrefix(*v) : r.setSuffix(*v);
+        return true;
+    }
+    if (name == QLatin1String("--digits")) {
+        const auto v = intValue(name, 0, 20);
+        return v && (r.setDigits(*v), true);
+    }
+    if (name == QLatin1String("--start")) {
+        const auto v = intValue(name, -1000000000, 1000000000);
+        return v && (r.setStartFrom(*v), true);
+    }
+    if (name == QLatin1String("--date-format")) {
+        const auto v = intValue(name, 0, int(r.dateFormats().size()) - 1);
+        return v && (r.setDateFormatTag(*v), true);
+    }
+    if (name == QLatin1String("--date-conflict"))
+        return choice(name, {{QStringLiteral("dash"), 0}, {QStringLiteral("underscore"), 1}, {QStringLiteral("space"), 2}},
+                      [&](int tag) { r.setConflictFormatTag(tag); });
+    if (name == QLatin1String("--date-fallback"))
+        return choice(name, {{QStringLiteral("file-date"), 0}, {QStringLiteral("name"), 1}},
+                      [&](int tag) { r.setDateFallbackTag(tag); });
+
+    if (name == QLatin1String("--creator")) {
+        const auto v = value(name);
+        if (!v)
+            return false;
+        const auto code = ProcessValues::parseFourCharCode(*v);
+        return code ? (request.creator = *code, true) : fail(QStringLiteral("option '--creator' wants four ASCII characters, not '%1'").arg(*v));
+    }
+    const std::map<QString, std::pair<bool*, bool>> flags = {
+        {QStringLiteral("--copy-non-images"), {&o.copyNonImageFiles, true}},
+        {QStringLiteral("--skip-non-images"), {&o.copyNonImageFiles, false}},
+        {QStringLiteral("--set-creation-date"), {&o.setCreationDate, true}},
+        {QStringLiteral("--no-set-creation-date"), {&o.setCreationDate, false}},
+        {QStringLiteral("--set-modification-date"), {&o.setModificationDate, true}},
+        {QStringLiteral("--no-set-modification-date"), {&o.setModificationDate, false}},
+        {QStringLiteral("--hide-extension"), {&o.hideExtension, true}},
+        {QStringLiteral("--no-hide-extension"), {&o.hideExtension, false}},
+        {QStringLiteral("--custom-icon"), {&o.customIcon, true}},
+        {QStringLiteral("--no-custom-icon"), {&o.customIcon, false}},
+        {QStringLiteral("--serial"), {&o.parallel, false}},
+    };
+    if (const auto flag = flags.find(name); flag != flags.end()) {
+        *flag->second.first = flag->second.second;
+        return true;
+    }
+    if (name == QLatin1String("--jobs")) {
+        const auto v = intValue(name, 1, 64);
+        if (!v)
+            return false;
+        o.parallel = *v > 1;
+        o.renderThreads = *v > 1 ? *v : 0;
+        return true;
+    }
+    if (name == QLatin1String("--on-conflict"))
+        return choice(name, {{QStringLiteral("ask"), int(ProcessRequest::Conflict::Ask)},
+                             {QStringLiteral("skip"), int(ProcessRequest::Conflict::Skip)},
+                             {QStringLiteral("replace"), int(ProcessRequest::Conflict::Replace)}},
+                      [&](int code) {
+                          request.conflict = ProcessRequest::Conflict(code);
+                          request.conflictGiven = true;
+                      });
+    if (name == QLatin1String("--log")) {
+        const auto v = value(name);
+        return v && (request.logFile = *v, true);
+    }
+    return fail(QStringLiteral("unknown option '%1'").arg(name));
+}
+
+} // namespace
+
+ProcessParse parseProcessArguments(const QStringList& args, QSettings& settings) {
+    Parser parser;
+    parser.args = args;
+    parser.request.params = ProcessingParams::defaults();
+    parser.request.renamer = Renamer(settings);
+    BatchOptions& o = parser.request.options;
+    o.copyNonImageFiles = settings.value(QStringLiteral("CopyNonImageFiles"), false).toBool();
+    o.setCreationDate = settings.value(QStringLiteral("SetCreationDate"), false).toBool();
+    o.setModificationDate = settings.value(QStringLiteral("SetModificationDate"), false).toBool();
+    o.hideExtension = settings.value(QStringLiteral("HideExtension"), false).toBool();
+    o.customIcon = settings.value(QStringLiteral("CustomIcon"), false).toBool();
+
+    // The preset comes first wherever it stands, so every other option refines it.
+    for (int i = 0; i + 1 < args.size(); ++i) {
+        if (args[i] == QLatin1String("--preset")) {
+            const auto preset = PresetStore::lookup(args[i + 1]);
+            if (!preset)
+                return {std::nullopt, QStringLiteral("no preset named '%1'").arg(args[i + 1])};
+            parser.request.params = *preset;
+        }
+    }
+
+    bool onlyPaths = false;
+    while (parser.at < args.size()) {
+        const QString arg = args[parser.at++];
+        if (onlyPaths || !arg.startsWith(QLatin1Char('-')) || arg == QLatin1String("-")) {
+            parser.request.paths.append(arg);
+        } else if (arg == QLatin1String("--")) {
+            onlyPaths = true;
+        } else if (arg == QLatin1String("-h") || arg == QLatin1String("--help")) {
+            parser.request.help = true;
+        } else if (!parser.option(arg)) {
+            return {std::nullopt, parser.error};
+        }
+    }
+    ProcessRequest& request = parser.request;
+    if (request.help)
+        return {std::move(request), {}};
+    if (request.paths.isEmpty())
+        return {std::nullopt, QStringLiteral("no pictures or folders to process")};
+    if (request.dest.isEmpty())
+        return {std::nullopt, QStringLiteral("no output folder: give it with --dest DIR")};
+    return {std::move(request), {}};
+}
+
+QString processUsage() {
+    return QStringLiteral(
+        "Usage: quillet process [options] PATH... --dest DIR\n"
+        "\n"
+        "Converts pictures, and folder trees of pictures, into DIR. Each folder given\n"
+        "becomes a folder of the same name in DIR; originals are never overwritten.\n"
+        "\n"
+        "Settings (applied in order, after the reset defaults or --preset):\n"
+        "  --preset NAME              start from a stored preset\n"
+        "  --set KEY=VALUE            any key of the settings record (e.g. JpegQuality=90)\n"
+        "  --rotate cw|ccw|180|auto|none\n"
+        "  --width N | --height N     scale to a width or a height\n"
+        "  --fit WxH                  fit inside the box\n"
+        "  --fill WxH                 fit inside the box and pad it with the background\n"
+        "  --crop WxH[@PERCENT]       crop to the box's proportions (PERCENT of the area, 100)\n"
+        "  --stretch WxH              stretch to the box\n"
+        "  --percent N                scale by N percent\n"
+        "  --no-scale                 keep the size\n"
+        "  --down-only                never enlarge\n"
+        "  --flip-portrait            turn the box for portrait pictures\n"
+        "  --interpolation default|none|low|high\n"
+        "  --format jpeg|png|tiff     --quality N (0-100)   --dpi N\n"
+        "  --max-size KB | --no-max-size   JPEG file size limit\n"
+        "  --keep-exif | --no-keep-exif\n"
+        "  --keep-transparency | --no-keep-transparency\n"
+        "  --background COLOR         #rrggbb[aa], white, black, transparent\n"
+        "  --watermark FILE           image watermark; --watermark-opacity N, --watermark-location 0-7\n"
+        "  --text FIELD,...           text watermark of filename, dimensions, filesize, camera,\n"
+        "                             date, iso, flash, focal, focal35, exposure, aperture,\n"
+        "                             distance, bias, caption, comment\n"
+        "  --text-size N  --text-style white-shadow|black|black-glow  --text-background COLOR\n"
+        "\n"
+        "Names (start from the stored renaming scheme):\n"
+        "  --rename keep|sequence|prefix-suffix|date\n"
+        "  --prefix TEXT  --suffix TEXT  --digits N  --start N\n"
+        "  --date-format N  --date-conflict dash|underscore|space  --date-fallback file-date|name\n"
+        "\n"
+        "Files (start from the stored preferences):\n"
+        "  --copy-non-images | --skip-non-images\n"
+        "  --set-creation-date  --set-modification-date  --hide-extension  --custom-icon\n"
+        "  (each also as --no-...)   --creator CODE (four characters)\n"
+        "\n"
+        "Running:\n"
+        "  --on-conflict ask|skip|replace   when an output exists (ask needs a terminal;\n"
+        "                             the default is ask on a terminal, else skip)\n"
+        "  --serial | --jobs N        one file at a time, or N files rendered at once\n"
+        "  --log FILE                 also write the activity log to FILE\n"
+        "\n"
+        "While running: p or space pauses and resumes, Ctrl-Z / fg too; Ctrl-C cancels\n"
+        "after the current file. Exit status: 0 all files handled, 1 a folder or file\n"
+        "could not be written or the run was cancelled, 2 bad usage.\n");
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "engine/batchoptions.h"
+#include "naming/renamer.h"
+#include "settings/processingparams.h"
+
+#include <QSettings>
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <optional>
+
+// Everything `quillet process` was asked to do, parsed from its arguments.
+struct ProcessRequest {
+    enum class Conflict { Ask, Skip, Replace };
+
+    QStringList paths;
+    QString dest;
+    ProcessingParams params;
+    Renamer renamer;
+    BatchOptions options;
+    std::uint32_t creator = 0;
+    Conflict conflict = Conflict::Ask;
+    bool conflictGiven = false; // --on-conflict was on the command line
+    QString logFile;
+    bool help = false;
+};
+
+// The outcome of parsing: a request, or the message of a usage error.
+struct ProcessParse {
+    std::optional<ProcessRequest> request;
+    QString error;
+};
+
+// Parses the arguments after "process". The record starts from the reset
+// defaults (or the preset named by --preset), then --set and the friendly
+// options apply in command-line order. The renaming scheme and the file
+// options start from the settings store.
+ProcessParse parseProcessArguments(const QStringList& args, QSettings& settings);
+
+// The option summary printed by --help.
+QString processUsage();

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "engine/renderfile.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <condition_variable>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <set>
+#include <thread>
+#include <vector>
+
+// Runs the pixel stage of the files ahead of the one being committed, on a
+// bounded set of threads, and hands the results back strictly in task order.
+//
+// Task i renders paths[i]. At most `threads` tasks past the last one taken are
+// in work or waiting, so at most that many decoded pictures are alive at once.
+// With no threads each task is rendered when it is taken, on the taker's
+// thread: the plain serial run.
+class BatchRenderQueue {
+public:
+    using Render = std::function<RenderedFile(const QString&)>;
+
+    BatchRenderQueue(QStringList paths, Render render, int threads);
+    // Stops the threads; work in hand is finished and thrown away.
+    ~BatchRenderQueue();
+    BatchRenderQueue(const BatchRenderQueue&) = delete;
+    BatchRenderQueue& operator=(const BatchRenderQueue&) = delete;
+
+    // The rendered task, waiting for it if need be. Tasks must be taken in
+    // rising order; tasks passed over are dropped (their files were never
+    // committed).
+    RenderedFile take(int task);
+    // An input file has just been replaced by the batch's own output: any
+    // result made ahead from it is stale and is rendered again when taken.
+    void fileWritten(const QString& path);
+
+private:
+    void work();
+    bool startable(int task) const;
+
+    const QStringList m_paths;
+    const Render m_render;
+    const int m_window;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    int m_nextTake = 0;  // lowest task not yet taken
+    int m_nextStart = 0; // lowest task no thread has started
+    std::map<int, RenderedFile> m_done;
+    std::set<int> m_inWork;
+    std::set<int> m_stale;
+    bool m_stopping = false;
+    std::vector<std::thread> m_threads;
+};
