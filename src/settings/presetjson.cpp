@@ -1,6 +1,7 @@
 #include "settings/presetjson.h"
 
 #include <QFile>
+#include <QIODevice>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -215,14 +216,26 @@ ProcessingParams PresetJson::fromJson(const QByteArray& bytes) {
     return preset;
 }
 
+ProcessingParams PresetJson::read(QIODevice& device) {
+    // Pipes hand their data over in pieces; read to the end, but never more
+    // than one byte past the cap.
+    QByteArray bytes;
+    while (bytes.size() <= MaxFileSize) {
+        const QByteArray chunk = device.read(MaxFileSize + 1 - bytes.size());
+        // An empty read is the end of a file; other devices may still be waiting.
+        if (chunk.isEmpty() && !device.waitForReadyRead(-1))
+            break;
+        bytes += chunk;
+    }
+    return fromJson(bytes);
+}
+
 ProcessingParams PresetJson::readFile(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         refuse(QStringLiteral("cannot read '%1': %2").arg(path, file.errorString()));
-    // Read one byte past the cap so a growing or unsized file is caught too.
-    const QByteArray bytes = file.read(MaxFileSize + 1);
     try {
-        return fromJson(bytes);
+        return read(file);
     } catch (const PresetFileError& e) {
         refuse(QStringLiteral("'%1': %2").arg(path, QString::fromStdString(e.what())));
     }

@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QString>
 
+class QIODevice;
+
 #include <stdexcept>
 
 // A preset file that cannot be read or written; the message says why.
@@ -29,6 +31,8 @@ QByteArray toJson(const ProcessingParams& preset);
 // The preset of a file form, without an "Id". Throws PresetFileError.
 ProcessingParams fromJson(const QByteArray& bytes);
 
+// Reads a device (a file, standard input) to its end or just past the cap.
+ProcessingParams read(QIODevice& device);
 ProcessingParams readFile(const QString& path);
 // Replaces the file whole or leaves it as it was. Throws PresetFileError.
 void writeFile(const QString& path, const ProcessingParams& preset);
