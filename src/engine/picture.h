@@ -13,6 +13,10 @@ struct Picture {
     vips::VImage image;
     double width = 0;
     double height = 0;
+    // Every alpha is 255 (the loader knows it for pictures without alpha).
+    // Only a hint for speed: false is always safe, and geometry keeps it up
+    // to date on the pictures it returns.
+    bool opaque = false;
 
     // Shrink factor of the pixels against the logical size (1 when they agree).
     double pixelScale() const { return width > 0 ? image.width() / width : 1.0; }
