@@ -148,12 +148,3 @@ int KVImageInfo::compareFiledate(const KVImageInfo& other) const {
         result = -1;
     return result != 0 ? result : compareName(other);
 }
-
-// The file-reading entry points are wired to the JPEG/EXIF layer below.
-std::optional<KVImageInfo> KVImageInfo::fromFile(const QString&, bool) { return std::nullopt; }
-
-int KVImageInfo::copyInfoFromPath(const QString&, const QString&) { return 0; }
-
-int KVImageInfo::orientationForPath(const QString&) { return 0; }
-
-int KVImageInfo::setOrientation(int, const QString&) { return 0; }

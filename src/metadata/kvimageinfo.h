@@ -46,7 +46,10 @@ public:
     // initWithContentsOfFile:fallbackOnFile:. A JPEG is read through its EXIF;
     // with fallback, any other picture libvips opens gives a record with its
     // pixel size, file size and date. Nothing when the file gives no record.
-    static std::optional<KVImageInfo> fromFile(const QString& path, bool fallbackOnFile = true);
+    // Without makeThumbnail the record has no thumbnail and no pixels are
+    // decoded (for listings that never show one).
+    static std::optional<KVImageInfo> fromFile(const QString& path, bool fallbackOnFile = true,
+                                               bool makeThumbnail = true);
     // initWithCreationDate:. A record holding only the capture date.
     static KVImageInfo withCreationDate(const QDateTime& date);
 
@@ -80,8 +83,8 @@ public:
     QString creationDateString() const { return m_data.creationDateString; }
     QDateTime creationDate() const { return m_data.creationDate; }
     QDateTime fileDate() const { return m_data.fileDate; }
-    QString caption() const { return m_data.caption; }
-    QString comment() const { return m_data.comment; }
+    QString caption() const { return m_data.caption.isNull() ? QStringLiteral("") : m_data.caption; }
+    QString comment() const { return m_data.comment.isNull() ? QStringLiteral("") : m_data.comment; }
     const std::optional<vips::VImage>& thumbnail() const { return m_data.thumbnail; }
     void setComment(const QString& comment);
 

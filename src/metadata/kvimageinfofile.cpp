@@ -1,0 +1,121 @@
+// The parts of KVImageInfo that read and write files: building a record from
+// a picture, and the class methods over the EXIF transfer and the orientation.
+
+#include "metadata/kvimageinfo.h"
+
+#include "metadata/exiftransfer.h"
+#include "metadata/imagekind.h"
+#include "metadata/jpegsections.h"
+#include "metadata/orientationtag.h"
+#include "metadata/thumbnailmaker.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <cstdio>
+
+namespace {
+
+const int ThumbnailBox = 32;
+
+// EXIF text is ASCII by the book; cameras write UTF-8 or Latin-1 beyond it.
+QString fromCText(const char* text) {
+    const QByteArray bytes(text);
+    const QString utf8 = QString::fromUtf8(bytes);
+    return utf8.contains(QChar::ReplacementCharacter) ? QString::fromLatin1(bytes) : utf8;
+}
+
+// "%Y:%m:%d %H:%M:%S" in local time; invalid when the text does not parse.
+QDateTime parseExifDate(const char* text) {
+    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
+    char tail = 0;
+    if (std::sscanf(text, "%4d:%2d:%2d %2d:%2d:%2d%c", &year, &month, &day, &hour, &minute, &second, &tail) != 6)
+        return {};
+    const QDate date(year, month, day);
+    const QTime time(hour, minute, second);
+    if (!date.isValid() || !time.isValid())
+        return {};
+    return QDateTime(date, time);
+}
+
+void extractFromImageInfo(const JpegContext& ctx, KVImageInfo::Data& data, bool makeThumbnail) {
+    const ImageInfo& info = ctx.Info;
+    if (makeThumbnail && info.ThumbnailPointer && info.ThumbnailSize > 0)
+        data.thumbnail =
+            thumbnailmaker::thumbnailForBuffer(info.ThumbnailPointer, info.ThumbnailSize, ThumbnailBox, ThumbnailBox);
+    data.cameraMake = fromCText(info.CameraMake);
+    data.cameraModel = fromCText(info.CameraModel);
+    data.width = info.Width;
+    data.height = info.Height;
+    data.size = info.FileSize;
+    data.orientation = info.Orientation;
+    data.ccdWidth = info.CCDWidth;
+    data.focalLength = info.FocalLength;
+    data.exposureTime = info.ExposureTime;
+    data.aperture = info.ApertureFNumber;
+    data.distance = info.Distance;
+    data.exposureBias = info.ExposureBias;
+    data.iso = info.ISOequivalent;
+    data.flashUsed = info.FlashUsed > 0; // unknown counts as no flash
+    if (info.Comments[0] != '\0')
+        data.comment = fromCText(info.Comments);
+    data.creationDateString = fromCText(info.DateTime);
+    if (!data.creationDateString.isEmpty())
+        data.creationDate = parseExifDate(info.DateTime);
+    data.fileDate = QDateTime::fromSecsSinceEpoch(info.FileDateTime);
+}
+
+// Any picture libvips can open: its pixel size from the header alone.
+bool extractFromFile(const QString& path, KVImageInfo::Data& data) {
+    try {
+        const vips::VImage image = vips::VImage::new_from_file(QFile::encodeName(path).constData());
+        if (image.width() == 0 && image.height() == 0)
+            return false;
+        data.width = image.width();
+        data.height = image.height();
+    } catch (const vips::VError&) {
+        return false;
+    }
+    data.flashUsed = false;
+    const QFileInfo file(path);
+    if (file.exists()) {
+        data.size = file.size();
+        data.fileDate = file.lastModified();
+    }
+    return true;
+}
+
+} // namespace
+
+std::optional<KVImageInfo> KVImageInfo::fromFile(const QString& path, bool fallbackOnFile, bool makeThumbnail) {
+    Data data;
+    data.path = path;
+    data.kind = kindFromPath(path);
+
+    JpegContext ctx;
+    const QByteArray native = QFile::encodeName(path);
+    if (parseFile(ctx, native.constData())) {
+        extractFromImageInfo(ctx, data, makeThumbnail);
+        DiscardData(ctx);
+        if (data.thumbnail)
+            return KVImageInfo(std::move(data));
+    } else if (!fallbackOnFile || !extractFromFile(path, data)) {
+        return std::nullopt;
+    }
+    if (makeThumbnail)
+        data.thumbnail = thumbnailmaker::thumbnailForPath(path, ThumbnailBox, ThumbnailBox);
+    return KVImageInfo(std::move(data));
+}
+
+int KVImageInfo::copyInfoFromPath(const QString& source, const QString& destination) {
+    JpegContext ctx;
+    return copyExif(ctx, QFile::encodeName(source).constData(), QFile::encodeName(destination).constData());
+}
+
+int KVImageInfo::orientationForPath(const QString& path) {
+    return _getOrientation(QFile::encodeName(path).constData());
+}
+
+int KVImageInfo::setOrientation(int orientation, const QString& path) {
+    return _setOrientation(QFile::encodeName(path).constData(), uint8_t(orientation));
+}
