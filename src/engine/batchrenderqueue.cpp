@@ -17,7 +17,9 @@ BatchRenderQueue::~BatchRenderQueue() {
 }
 
 bool BatchRenderQueue::startable(int task) const {
-    return task < m_paths.size() && task < m_nextTake + m_window;
+    // The task being taken and the next `m_window` ones; only the threads
+    // render, so no more than `m_window` pictures are decoded at once.
+    return task < m_paths.size() && task <= m_current + m_window;
 }
 
 void BatchRenderQueue::work() {
@@ -27,12 +29,10 @@ void BatchRenderQueue::work() {
         if (m_stopping)
             return;
         const int task = m_nextStart++;
-        m_inWork.insert(task);
         lock.unlock();
         RenderedFile result = m_render(m_paths[task]);
         lock.lock();
-        m_inWork.erase(task);
-        if (task >= m_nextTake)
+        if (task >= m_current)
             m_done.emplace(task, std::move(result));
         m_changed.notify_all();
     }
@@ -40,38 +40,32 @@ void BatchRenderQueue::work() {
 
 RenderedFile BatchRenderQueue::take(int task) {
     std::unique_lock lock(m_mutex);
-    if (task < m_nextTake || task >= m_paths.size())
+    if (task < m_current || task >= m_paths.size() || (task == m_current && m_taken))
         throw std::out_of_range("render task taken out of order");
     // Drop what was rendered for files passed over.
     m_done.erase(m_done.begin(), m_done.lower_bound(task));
-    m_nextTake = task + 1;
+    m_current = task;
+    m_taken = true;
     if (m_nextStart < task)
         m_nextStart = task;
-    bool renderHere = false;
-    if (m_nextStart == task) {
-        // Nobody has started it: render it here rather than wait for a thread.
-        ++m_nextStart;
-        renderHere = true;
-    } else {
-        m_changed.wait(lock, [&] { return !m_inWork.contains(task); });
-        renderHere = m_stale.contains(task) || !m_done.contains(task);
-    }
-    m_stale.erase(task);
-    // The window moved: threads may start the next tasks.
     m_changed.notify_all();
-    if (renderHere) {
-        m_done.erase(task);
+    if (m_window == 0) {
+        m_nextStart = task + 1;
         lock.unlock();
         return m_render(m_paths[task]);
     }
+    m_changed.wait(lock, [&] { return m_done.contains(task); });
     RenderedFile result = std::move(m_done.at(task));
     m_done.erase(task);
-    return result;
+    const bool stale = m_stale.erase(task) > 0;
+    lock.unlock();
+    // Rare: the batch itself replaced this input after it was read ahead.
+    return stale ? m_render(m_paths[task]) : result;
 }
 
 void BatchRenderQueue::fileWritten(const QString& path) {
     std::lock_guard lock(m_mutex);
-    for (int task = m_nextTake; task < m_nextStart; ++task)
+    for (int task = m_current + 1; task < m_nextStart; ++task)
         if (m_paths[task] == path)
             m_stale.insert(task);
 }

@@ -16,8 +16,9 @@
 // Runs the pixel stage of the files ahead of the one being committed, on a
 // bounded set of threads, and hands the results back strictly in task order.
 //
-// Task i renders paths[i]. At most `threads` tasks past the last one taken are
-// in work or waiting, so at most that many decoded pictures are alive at once.
+// Task i renders paths[i]. Only the queue's threads render, each one task at
+// a time, and none runs further than `threads` tasks past the last one taken:
+// at most `threads` decoded pictures are alive at once.
 // With no threads each task is rendered when it is taken, on the taker's
 // thread: the plain serial run.
 class BatchRenderQueue {
@@ -47,10 +48,10 @@ private:
     const int m_window;
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    int m_nextTake = 0;  // lowest task not yet taken
-    int m_nextStart = 0; // lowest task no thread has started
+    int m_current = 0;    // the task taken last (or about to be)
+    bool m_taken = false; // whether m_current has been taken
+    int m_nextStart = 0;  // lowest task no thread has started
     std::map<int, RenderedFile> m_done;
-    std::set<int> m_inWork;
     std::set<int> m_stale;
     bool m_stopping = false;
     std::vector<std::thread> m_threads;
