@@ -5,7 +5,9 @@
 #include "metadata/kvimageinfo.h"
 #include "support/activitylog.h"
 
+#include <QDir>
 #include <QFile>
+#include <QSet>
 #include <QFileInfo>
 
 namespace {
@@ -143,4 +145,26 @@ bool FileRotation::restoreLeftover(const QString& path) {
     }
     m_log.writeActivity(QStringLiteral("Restored '%1' from an interrupted rotation\n").arg(name));
     return true;
+}
+
+void FileRotation::restoreLeftovers(const QStringList& paths) {
+    QSet<QString> listed;
+    QStringList folders;
+    for (const QString& path : paths) {
+        const QFileInfo info(path);
+        listed.insert(QDir::cleanPath(info.absoluteFilePath()));
+        const QString folder = QDir::cleanPath(info.absolutePath());
+        if (!folders.contains(folder))
+            folders.append(folder);
+    }
+    const QLatin1String prefix(".qlt.");
+    for (const QString& folder : std::as_const(folders)) {
+        const QStringList leftovers =
+            QDir(folder).entryList({prefix + QLatin1Char('*')}, QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
+        for (const QString& leftover : leftovers) {
+            const QString target = folder + QLatin1Char('/') + leftover.mid(prefix.size());
+            if (listed.contains(target) || !InplaceFileSystem::exists(target))
+                restoreLeftover(target);
+        }
+    }
 }

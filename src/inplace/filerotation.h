@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 class ActivityLog;
 class InplaceFileSystem;
@@ -30,6 +31,11 @@ public:
     // false when one is there and could not be put back; the file must then be
     // left alone.
     bool restoreLeftover(const QString& path);
+
+    // Puts back, before a run over `paths`, the leftovers of their own
+    // interrupted rotations, and those of files in the same folders that are
+    // missing altogether (a file list made by the shell no longer names them).
+    void restoreLeftovers(const QStringList& paths);
 
     // ".qlt.<name>" beside the file.
     static QString temporaryPath(const QString& path);

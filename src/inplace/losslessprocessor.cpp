@@ -69,10 +69,8 @@ void LosslessProcessor::run(Operation operation) {
     }
     FileRotation rotation(*m_jpegtran, m_fileSystem, m_controller);
     QStringList badFiles;
-    if (operation == Operation::Rotate) {
-        for (const QString& path : std::as_const(m_paths))
-            rotation.restoreLeftover(path);
-    }
+    if (operation == Operation::Rotate)
+        rotation.restoreLeftovers(m_paths);
     for (const QString& path : std::as_const(m_paths)) {
         if (m_cancel.exchange(false)) {
             complete(operation, badFiles);

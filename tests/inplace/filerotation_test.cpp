@@ -3,6 +3,7 @@
 #include "inplace/jpegtranrunner.h"
 #include "jpegfixtures.h"
 #include "metadata/kvimageinfo.h"
+#include "support/activitylog.h"
 #include "testsupport.h"
 
 #include <QDir>
@@ -57,6 +58,10 @@ public:
 class FileRotationTest : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(dir.isValid()); }
+    void TearDown() override {
+        if (HasFailure()) // what the user would have been told
+            std::printf("warnings:\n%s", qPrintable(log.warnings.join(QString())));
+    }
     QString put(const QString& name, const QByteArray& bytes) {
         const QString path = dir.filePath(name);
         EXPECT_TRUE(writeFile(path, bytes));
@@ -175,12 +180,7 @@ TEST_P(RefusalTest, KeepsTheOriginal) {
 }
 
 QByteArray pngBytes() {
-    void* data = nullptr;
-    size_t size = 0;
-    solidImage(8, 8, 1, 2, 3).pngsave_buffer(&data, &size);
-    QByteArray bytes(static_cast<const char*>(data), qsizetype(size));
-    g_free(data);
-    return bytes;
+    return blobBytes(solidImage(8, 8, 1, 2, 3).pngsave_buffer());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -198,7 +198,8 @@ TEST_F(FileRotationTest, FoldersAndReadOnlyPlacesAreRefused) {
     const QByteArray original = markedJpeg(6);
     const QString locked = put(QStringLiteral("locked.jpg"), original);
     QFile::setPermissions(locked, QFileDevice::ReadOwner | QFileDevice::ReadGroup);
-    EXPECT_EQ(rotate(locked, 0), FileRotation::Outcome::Bad);
+    EXPECT_EQ(rotate(locked, 90), FileRotation::Outcome::Bad);
+    EXPECT_EQ(log.warnings.last(), QStringLiteral("'locked.jpg' is read-only\n"));
     EXPECT_EQ(readFile(locked), original);
 
     const QString inner = dir.filePath("shelf");
@@ -317,6 +318,24 @@ INSTANTIATE_TEST_SUITE_P(States, LeftoverTest,
                          ::testing::Values(LeftoverCase{"targetMissing", 0}, LeftoverCase{"targetHalfWritten", 1},
                                            LeftoverCase{"targetTurned", 2}, LeftoverCase{"sameFile", 3}),
                          [](const auto& info) { return std::string(info.param.label); });
+
+TEST_F(FileRotationTest, RunRestoresListedFilesAndMissingOnesOnly) {
+    const QByteArray original = markedJpeg(6);
+    put(QStringLiteral(".qlt.listed.jpg"), original);
+    const QString listed = put(QStringLiteral("listed.jpg"), "half");
+    put(QStringLiteral(".qlt.gone.jpg"), original);
+    put(QStringLiteral(".qlt.other.jpg"), original);
+    const QString other = put(QStringLiteral("other.jpg"), "not ours to judge");
+
+    FileRotation(jpegtran, fileSystem, log).restoreLeftovers({listed});
+    EXPECT_EQ(readFile(listed), original);
+    EXPECT_EQ(readFile(dir.filePath("gone.jpg")), original);
+    EXPECT_EQ(readFile(other), "not ours to judge");
+    EXPECT_EQ(folderEntries(), (QStringList{QStringLiteral(".qlt.other.jpg"), QStringLiteral("gone.jpg"),
+                                            QStringLiteral("listed.jpg"), QStringLiteral("other.jpg")}));
+    EXPECT_EQ(log.lines, (QStringList{QStringLiteral("Restored 'gone.jpg' from an interrupted rotation\n"),
+                                      QStringLiteral("Restored 'listed.jpg' from an interrupted rotation\n")}));
+}
 
 TEST_F(FileRotationTest, RotationAfterARestoreWithBackupReadsAnIntactOriginal) {
     // After a restore, the backup and the file can be two names of one file.

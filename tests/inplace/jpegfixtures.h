@@ -67,20 +67,26 @@ inline vips::VImage markedImage() {
     return blue.insert(red, 0, 0);
 }
 
+// Takes the bytes out of an encoder's blob and lets the blob go.
+inline QByteArray blobBytes(VipsBlob* blob) {
+    size_t size = 0;
+    const void* data = vips_blob_get(blob, &size);
+    QByteArray bytes(static_cast<const char*>(data), qsizetype(size));
+    vips_area_unref(VIPS_AREA(blob));
+    return bytes;
+}
+
 // The JPEG bytes of markedImage(). EXIF with the given orientation
 // (-1: no EXIF block at all, 0: EXIF without orientation). jfifFirst keeps
 // the encoder's JFIF segment in front of the EXIF block.
 inline QByteArray markedJpeg(int orientation, bool jfifFirst = false) {
-    void* data = nullptr;
-    size_t size = 0;
-    markedImage().jpegsave_buffer(&data, &size, vips::VImage::option()->set("Q", 90)->set("strip", true));
-    QByteArray encoded(static_cast<const char*>(data), qsizetype(size));
-    g_free(data);
-    // The encoder writes SOI and a JFIF APP0 first.
-    const int app0Length = 2 + ((uchar(encoded[4]) << 8) | uchar(encoded[5]));
+    const QByteArray encoded =
+        blobBytes(markedImage().jpegsave_buffer(vips::VImage::option()->set("Q", 90)->set("strip", true)));
+    // Stripped, the encoder writes no APP0 of its own; a plain JFIF one stands in.
     const QByteArray soi = encoded.left(2);
-    const QByteArray app0 = encoded.mid(2, app0Length);
-    const QByteArray rest = encoded.mid(2 + app0Length);
+    const QByteArray app0("\xFF\xE0\x00\x10JFIF\x00\x01\x01\x00\x00\x01\x00\x01\x00\x00", 18);
+    const bool hasApp0 = uchar(encoded[3]) == 0xE0;
+    const QByteArray rest = encoded.mid(hasApp0 ? 4 + ((uchar(encoded[4]) << 8) | uchar(encoded[5])) : 2);
     if (orientation < 0)
         return soi + app0 + rest;
     const QByteArray exif = exifSegment(orientation);

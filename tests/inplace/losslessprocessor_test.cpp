@@ -25,8 +25,9 @@ class RecordingDelegate final : public InplaceDelegate {
 public:
     void showMessage(const QString& text) override {
         record(QStringLiteral("message ") + text);
+        ++messages;
         if (onMessage)
-            onMessage(++messages);
+            onMessage(messages);
     }
     void writeActivity(const QString& line) override { record(QStringLiteral("line ") + line.trimmed()); }
     void writeWarningActivity(const QString& line) override { record(QStringLiteral("warning ") + line.trimmed()); }
@@ -53,6 +54,8 @@ class LosslessProcessorTest : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(dir.isValid());
+        // Icons are thumbnails in the cache; keep them out of the user's own.
+        qputenv("XDG_CACHE_HOME", dir.filePath("cache").toLocal8Bit());
         processor.setSynchronous(true);
     }
     QStringList files(int count, const QByteArray& bytes) {

@@ -6,6 +6,7 @@
 #include "testsupport.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QProcessEnvironment>
@@ -40,7 +41,11 @@ Result runCli(const QStringList& args, const QString& jpegtran = {}) {
 
 class RotateCommandTest : public ::testing::Test {
 protected:
-    void SetUp() override { ASSERT_TRUE(dir.isValid()); }
+    void SetUp() override {
+        ASSERT_TRUE(dir.isValid());
+        // Icons are thumbnails in the cache; keep them out of the user's own.
+        qputenv("XDG_CACHE_HOME", dir.filePath("cache").toLocal8Bit());
+    }
     QString put(const QString& name, const QByteArray& bytes) {
         const QString path = dir.filePath(name);
         EXPECT_TRUE(writeFile(path, bytes));
@@ -125,32 +130,43 @@ TEST_F(RotateCommandTest, KilledRunsLoseNothingAndTheNextRunRecovers) {
             args.append(QStringLiteral("--backup"));
         args += paths;
 
-        for (const int killAfter : {250, 520, 830, 1170}) {
+        const QDir batch(dir.filePath("batch"));
+        const QStringList leftoverFilter{QStringLiteral(".qlt.*")};
+        for (const int killAfter : {0, 90, 180, 270}) {
             QProcess process;
             QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
             env.insert(QStringLiteral("QUILLET_JPEGTRAN"), slowTool);
             process.setProcessEnvironment(env);
             process.start(cliPath(), args);
             ASSERT_TRUE(process.waitForStarted());
+            // Kill it at a different step of a rotation each time, counted from
+            // the moment a file has been moved aside.
+            QElapsedTimer waited;
+            waited.start();
+            while (batch.entryList(leftoverFilter, QDir::Files | QDir::Hidden).isEmpty() && waited.elapsed() < 30000)
+                QThread::msleep(5);
             QThread::msleep(killAfter);
             process.kill();
             process.waitForFinished();
             for (const QString& path : paths) {
                 const QString temporary = FileRotation::temporaryPath(path);
-                const bool original_there = readFile(path) == original || readFile(temporary) == original;
+                const bool originalThere = readFile(path) == original || readFile(temporary) == original;
                 const bool finished = !QFile::exists(temporary) && KVImageInfo::orientationForPath(path) == 1;
-                EXPECT_TRUE(original_there || finished) << path.toStdString() << " after " << killAfter << " ms";
+                EXPECT_TRUE(originalThere || finished) << path.toStdString() << " after " << killAfter << " ms";
             }
         }
+        const bool leftovers = !batch.entryList(leftoverFilter, QDir::Files | QDir::Hidden).isEmpty();
 
         const Result rerun = runCli(args);
         EXPECT_EQ(rerun.status, 0) << rerun.err.toStdString();
+        EXPECT_EQ(rerun.out.contains(QStringLiteral("from an interrupted rotation")), leftovers);
         for (const QString& path : paths) {
             EXPECT_EQ(KVImageInfo::orientationForPath(path), 1) << path.toStdString();
             EXPECT_EQ(maxDifference(decode(path), expected), 0) << path.toStdString();
             EXPECT_FALSE(QFile::exists(FileRotation::temporaryPath(path)));
-            if (backup)
+            if (backup) {
                 EXPECT_EQ(readFile(FileRotation::backupPath(path)), original);
+            }
         }
         QDir(dir.filePath("batch")).removeRecursively();
     }
