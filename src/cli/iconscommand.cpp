@@ -18,7 +18,8 @@ int runIcons(const QStringList& args) {
         std::fputs(usage, stdout);
         return 0;
     }
-    if (args.size() < 2 || (args.first() != QLatin1String("add") && args.first() != QLatin1String("remove"))) {
+    if (args.size() < 2 ||
+        (args.first() != QLatin1String("add") && args.first() != QLatin1String("remove"))) {
         std::fputs(usage, stderr);
         return 2;
     }

@@ -23,8 +23,9 @@ const char usage[] = "Usage: quillet rotate cw|ccw|180|auto [--backup] FILE...\n
 int runRotate(const QStringList& args) {
     static const QStringList modes = {QStringLiteral("cw"), QStringLiteral("ccw"), QStringLiteral("180"),
                                       QStringLiteral("auto")};
-    static const InplaceAction actions[] = {InplaceAction::RotateClockwise, InplaceAction::RotateCounterClockwise,
-                                            InplaceAction::Rotate180, InplaceAction::RotateAuto};
+    static const InplaceAction actions[] = {InplaceAction::RotateClockwise,
+                                            InplaceAction::RotateCounterClockwise, InplaceAction::Rotate180,
+                                            InplaceAction::RotateAuto};
     int mode = -1;
     bool backup = false;
     QStringList files;

@@ -24,7 +24,8 @@ void ConsoleReport::showAlert(const QString& title, const QString& text, const Q
     std::fprintf(m_err, "%s: %s\n", title.toLocal8Bit().constData(), text.toLocal8Bit().constData());
 }
 
-int ConsoleReport::run(InplaceAction action, const QStringList& files, bool keepBackup, bool modificationDate) {
+int ConsoleReport::run(InplaceAction action, const QStringList& files, bool keepBackup,
+                       bool modificationDate) {
     ConsoleReport report(stdout, stderr);
     InplaceSession session(report, report);
     session.setSynchronous(true);

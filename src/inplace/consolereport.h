@@ -7,7 +7,7 @@
 // The in-place panel's progress and log for the command-line tool: progress
 // texts and activity lines on one stream, warnings and the alert on another.
 class ConsoleReport final : public ActivityLog, public InplaceView {
-public:
+  public:
     ConsoleReport(std::FILE* out, std::FILE* err) : m_out(out), m_err(err) {}
 
     // Runs one in-place action over the files on the calling thread and
@@ -22,7 +22,7 @@ public:
     void endProgress() override {}
     void showAlert(const QString& title, const QString& text, const QString& button) override;
 
-private:
+  private:
     std::FILE* m_out;
     std::FILE* m_err;
     int m_maximum = 0;

@@ -7,8 +7,8 @@
 
 #include <QDir>
 #include <QFile>
-#include <QSet>
 #include <QFileInfo>
+#include <QSet>
 
 namespace {
 
@@ -76,7 +76,8 @@ FileRotation::Outcome FileRotation::rotate(const QString& path, int degrees, boo
         return fail(QStringLiteral("'%1' has an interrupted rotation that could not be undone\n"), name);
     QString source = marker;
     if (keepBackup) {
-        if (!m_fileSystem.makeFolder(info.absolutePath() + QLatin1Char('/') + QLatin1String(BackupFolderName)))
+        if (!m_fileSystem.makeFolder(info.absolutePath() + QLatin1Char('/') +
+                                     QLatin1String(BackupFolderName)))
             return fail(QStringLiteral("Unable to make the backup folder for '%1'\n"), name);
         source = backupPath(path);
         if (!m_fileSystem.link(path, marker))
@@ -94,8 +95,8 @@ FileRotation::Outcome FileRotation::rotate(const QString& path, int degrees, boo
     }
 
     // The tool reads the moved original and writes the turned picture in its place.
-    const int status =
-        m_jpegtran.run({QStringLiteral("-rotate"), QString::number(degrees), QStringLiteral("-outfile"), path, source});
+    const int status = m_jpegtran.run(
+        {QStringLiteral("-rotate"), QString::number(degrees), QStringLiteral("-outfile"), path, source});
     QString failure;
     if (status == -1)
         failure = QStringLiteral("Unable to run jpegtran on '%1'\n");
@@ -159,8 +160,8 @@ void FileRotation::restoreLeftovers(const QStringList& paths) {
     }
     const QLatin1String prefix(".qlt.");
     for (const QString& folder : std::as_const(folders)) {
-        const QStringList leftovers =
-            QDir(folder).entryList({prefix + QLatin1Char('*')}, QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
+        const QStringList leftovers = QDir(folder).entryList(
+            {prefix + QLatin1Char('*')}, QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
         for (const QString& leftover : leftovers) {
             const QString target = folder + QLatin1Char('/') + leftover.mid(prefix.size());
             if (listed.contains(target) || !InplaceFileSystem::exists(target))

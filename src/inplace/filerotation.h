@@ -15,7 +15,7 @@ class JpegtranRunner;
 // Originals"). The name is removed only once the turned file is complete, so
 // its presence always means a rotation that did not finish, whatever killed it.
 class FileRotation {
-public:
+  public:
     enum class Outcome { Rotated, Skipped, Bad };
 
     static constexpr char BackupFolderName[] = "Quillet Originals";
@@ -42,7 +42,7 @@ public:
     // "Quillet Originals/<name>" beside the file.
     static QString backupPath(const QString& path);
 
-private:
+  private:
     // The angle to turn by in automatic mode; 0 when the file stays as it is.
     static int degreesForOrientation(int orientation);
     void putBack(const QString& path, const QString& source, const QString& marker);

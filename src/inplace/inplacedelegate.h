@@ -9,7 +9,7 @@
 // panel, or the command-line tool). Every call comes on the run's own thread;
 // an implementation that touches an interface moves the work to its thread.
 class InplaceDelegate : public ActivityLog {
-public:
+  public:
     // Before each file, with the progress text ("Rotating photo.jpg").
     virtual void showMessage(const QString& text) = 0;
     // End of a rotation run, with the files that could not be rotated.

@@ -6,7 +6,7 @@
 // Virtual so that tests can make one of them fail (a read-only folder, a
 // rename that fails half-way through a rotation).
 class InplaceFileSystem {
-public:
+  public:
     virtual ~InplaceFileSystem() = default;
 
     // Renames, replacing whatever is at `to` in one step.

@@ -76,5 +76,6 @@ void InplaceSession::didCompleteWithBadFiles(const QStringList& badFiles) {
     }
     m_view.endProgress();
     if (!badFiles.isEmpty())
-        m_view.showAlert(QLatin1String(NonJpegTitle), QLatin1String(NonJpegText), QLatin1String(NonJpegButton));
+        m_view.showAlert(QLatin1String(NonJpegTitle), QLatin1String(NonJpegText),
+                         QLatin1String(NonJpegButton));
 }

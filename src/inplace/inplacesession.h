@@ -10,7 +10,7 @@
 
 // What the in-place panel shows while a run goes. Called on the run's thread.
 class InplaceView {
-public:
+  public:
     virtual ~InplaceView() = default;
     // The progress sheet goes up: bar at 0 of `maximum`, no status text.
     virtual void beginProgress(int maximum) = 0;
@@ -20,14 +20,21 @@ public:
 };
 
 // The seven drop targets of the in-place panel.
-enum class InplaceAction { RotateClockwise, RotateCounterClockwise, Rotate180, RotateAuto, ResetDates, AddIcons,
-                           RemoveIcons };
+enum class InplaceAction {
+    RotateClockwise,
+    RotateCounterClockwise,
+    Rotate180,
+    RotateAuto,
+    ResetDates,
+    AddIcons,
+    RemoveIcons
+};
 
 // The logic of the in-place panel without its widgets: starts the processor
 // for a drop, keeps the progress count, forwards activity lines to the main
 // log, and raises one alert for the files a rotation could not turn.
 class InplaceSession final : public InplaceDelegate {
-public:
+  public:
     static constexpr char KeepBackupKey[] = "KeepBackup";
     static constexpr char NonJpegTitle[] = "Non-JPEG Files";
     static constexpr char NonJpegText[] =
@@ -68,7 +75,7 @@ public:
     void didCompleteWithBadFiles(const QStringList& badFiles) override;
     void didComplete() override { m_view.endProgress(); }
 
-private:
+  private:
     ActivityLog& m_log;
     InplaceView& m_view;
     LosslessProcessor m_processor;

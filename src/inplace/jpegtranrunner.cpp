@@ -31,8 +31,9 @@ void JpegtranRunner::requireProgram() const {
     if (!chosen.isEmpty())
         throw JpegtranMissing("jpegtran not found: " + std::string(EnvironmentVariable) + " names '" +
                               chosen.toStdString() + "', which is not an executable program");
-    throw JpegtranMissing("jpegtran not found on PATH: install it (Debian package libjpeg-turbo-progs) or set " +
-                          std::string(EnvironmentVariable) + " to its path");
+    throw JpegtranMissing(
+        "jpegtran not found on PATH: install it (Debian package libjpeg-turbo-progs) or set " +
+        std::string(EnvironmentVariable) + " to its path");
 }
 
 int JpegtranRunner::run(const QStringList& arguments) {

@@ -7,14 +7,14 @@
 
 // Raised when a rotation is asked for and no jpegtran program can be found.
 class JpegtranMissing : public std::runtime_error {
-public:
+  public:
     using std::runtime_error::runtime_error;
 };
 
 // Runs the external jpegtran tool. Virtual so that tests can put a failing or
 // recording runner in its place.
 class JpegtranRunner {
-public:
+  public:
     // Environment variable naming the program to run instead of the one on PATH.
     static constexpr char EnvironmentVariable[] = "QUILLET_JPEGTRAN";
 
@@ -37,6 +37,6 @@ public:
 
     static QString locate();
 
-private:
+  private:
     QString m_program;
 };

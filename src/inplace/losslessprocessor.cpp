@@ -12,17 +12,22 @@
 
 LosslessProcessor::LosslessProcessor(InplaceDelegate& controller, std::unique_ptr<JpegtranRunner> jpegtran,
                                      InplaceFileSystem* fileSystem)
-    : m_controller(controller), m_jpegtran(jpegtran ? std::move(jpegtran) : std::make_unique<JpegtranRunner>()),
+    : m_controller(controller),
+      m_jpegtran(jpegtran ? std::move(jpegtran) : std::make_unique<JpegtranRunner>()),
       m_fileSystem(fileSystem ? *fileSystem : InplaceFileSystem::standard()) {}
 
-LosslessProcessor::~LosslessProcessor() { wait(); }
+LosslessProcessor::~LosslessProcessor() {
+    wait();
+}
 
 void LosslessProcessor::wait() {
     if (m_thread.joinable() && m_thread.get_id() != std::this_thread::get_id())
         m_thread.join();
 }
 
-void LosslessProcessor::requireJpegtran() const { m_jpegtran->requireProgram(); }
+void LosslessProcessor::requireJpegtran() const {
+    m_jpegtran->requireProgram();
+}
 
 bool LosslessProcessor::rotateFiles(const QStringList& paths, int degrees, bool keepBackup) {
     if (m_running)

@@ -15,7 +15,7 @@ class JpegtranRunner;
 // goes over its list of paths on a thread of its own (or on the caller's, see
 // setSynchronous) and reports to the delegate from that thread.
 class LosslessProcessor {
-public:
+  public:
     // The delegate is not owned and must outlive the processor. Without a
     // runner, jpegtran is looked up on PATH or through QUILLET_JPEGTRAN.
     explicit LosslessProcessor(InplaceDelegate& controller, std::unique_ptr<JpegtranRunner> jpegtran = {},
@@ -47,7 +47,7 @@ public:
     // Blocks until the current run, if any, is over.
     void wait();
 
-private:
+  private:
     enum class Operation { Rotate, ResetDates, AddIcons, RemoveIcons };
 
     bool start(Operation operation, const QStringList& paths);

@@ -23,7 +23,7 @@ namespace {
 
 // Keeps every line, to check what the user was told.
 class RecordingLog final : public ActivityLog {
-public:
+  public:
     void writeActivity(const QString& line) override { lines.append(line); }
     void writeWarningActivity(const QString& line) override { warnings.append(line); }
     QStringList lines, warnings;
@@ -32,7 +32,7 @@ public:
 // The real tool, with its arguments kept; or a stand-in that fails after
 // scribbling over the output, as a crashing tool would.
 class RecordingJpegtran final : public JpegtranRunner {
-public:
+  public:
     int run(const QStringList& arguments) override {
         calls.append(arguments);
         if (failWith == 0)
@@ -46,17 +46,19 @@ public:
 
 // Fails the calls a test names; the rest reach the disk.
 class FailingFileSystem final : public InplaceFileSystem {
-public:
+  public:
     bool rename(const QString& from, const QString& to) override {
         return renamesLeft-- != 0 && InplaceFileSystem::rename(from, to);
     }
-    bool makeFolder(const QString& path) override { return !failFolders && InplaceFileSystem::makeFolder(path); }
+    bool makeFolder(const QString& path) override {
+        return !failFolders && InplaceFileSystem::makeFolder(path);
+    }
     int renamesLeft = -1; // renames that succeed before the next one fails; -1: all succeed
     bool failFolders = false;
 };
 
 class FileRotationTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override { ASSERT_TRUE(dir.isValid()); }
     void TearDown() override {
         if (HasFailure()) // what the user would have been told
@@ -89,8 +91,9 @@ TEST_F(FileRotationTest, AutomaticTurnsOrientationSixUprightAndKeepsTheExif) {
     ASSERT_EQ(rotate(path, 0), FileRotation::Outcome::Rotated);
 
     ASSERT_EQ(jpegtran.calls.size(), 1);
-    EXPECT_EQ(jpegtran.calls.first(), (QStringList{QStringLiteral("-rotate"), QStringLiteral("90"),
-                                                   QStringLiteral("-outfile"), path, dir.filePath(".qlt.photo.jpg")}));
+    EXPECT_EQ(jpegtran.calls.first(),
+              (QStringList{QStringLiteral("-rotate"), QStringLiteral("90"), QStringLiteral("-outfile"), path,
+                           dir.filePath(".qlt.photo.jpg")}));
     EXPECT_EQ(log.lines, QStringList{QStringLiteral("Rotated 'photo.jpg'\n")});
     EXPECT_EQ(KVImageInfo::orientationForPath(path), 1);
     const auto info = KVImageInfo::fromFile(path);
@@ -99,9 +102,10 @@ TEST_F(FileRotationTest, AutomaticTurnsOrientationSixUprightAndKeepsTheExif) {
     EXPECT_EQ(info->creationDateString(), QLatin1String(CaptureDate));
 
     // The pixels are exactly those of a plain run of the tool.
-    ASSERT_EQ(QProcess::execute(QStringLiteral("jpegtran"), {QStringLiteral("-rotate"), QStringLiteral("90"),
-                                                             QStringLiteral("-outfile"), plain + ".out", plain}),
-              0);
+    ASSERT_EQ(
+        QProcess::execute(QStringLiteral("jpegtran"), {QStringLiteral("-rotate"), QStringLiteral("90"),
+                                                       QStringLiteral("-outfile"), plain + ".out", plain}),
+        0);
     const vips::VImage turned = decode(path);
     EXPECT_EQ(turned.width(), 48);
     EXPECT_EQ(turned.height(), 64);
@@ -153,9 +157,11 @@ TEST_P(AutomaticSkipTest, LeavesTheFileAlone) {
 
 INSTANTIATE_TEST_SUITE_P(Orientations, AutomaticSkipTest,
                          ::testing::Values(SkipCase{"upright", 1, false}, SkipCase{"mirrored", 2, false},
-                                           SkipCase{"mirrored180", 4, false}, SkipCase{"transposed", 5, false},
+                                           SkipCase{"mirrored180", 4, false},
+                                           SkipCase{"transposed", 5, false},
                                            SkipCase{"transversed", 7, false}, SkipCase{"noTag", 0, false},
-                                           SkipCase{"noExif", -1, false}, SkipCase{"jfifBeforeExif", 6, true}),
+                                           SkipCase{"noExif", -1, false},
+                                           SkipCase{"jfifBeforeExif", 6, true}),
                          [](const auto& info) { return std::string(info.param.label); });
 
 // Files a rotation must refuse: each comes back byte-identical, reported, with
@@ -228,7 +234,8 @@ TEST_F(FileRotationTest, BackupKeepsOneGenerationOfTheOriginal) {
 
     ASSERT_EQ(rotate(path, 90, true), FileRotation::Outcome::Rotated);
     EXPECT_EQ(readFile(backup), once);
-    EXPECT_EQ(folderEntries(), (QStringList{QStringLiteral("Quillet Originals"), QStringLiteral("photo.jpg")}));
+    EXPECT_EQ(folderEntries(),
+              (QStringList{QStringLiteral("Quillet Originals"), QStringLiteral("photo.jpg")}));
 }
 
 TEST_F(FileRotationTest, FailingStepsPutTheOriginalBack) {
@@ -245,7 +252,8 @@ TEST_F(FileRotationTest, FailingStepsPutTheOriginalBack) {
     fileSystem.renamesLeft = 0;
     EXPECT_EQ(rotate(path, 90, true), FileRotation::Outcome::Bad);
     EXPECT_EQ(readFile(path), original);
-    EXPECT_EQ(folderEntries(), (QStringList{QStringLiteral("Quillet Originals"), QStringLiteral("photo.jpg")}));
+    EXPECT_EQ(folderEntries(),
+              (QStringList{QStringLiteral("Quillet Originals"), QStringLiteral("photo.jpg")}));
     fileSystem.renamesLeft = -1;
 
     jpegtran.failWith = 1; // the tool fails after writing half a file
@@ -297,8 +305,8 @@ TEST_P(LeftoverTest, NextRunPutsTheOriginalBackAndRotatesIt) {
         writeFile(path, original.left(original.size() / 2));
         break;
     case 2:
-        QProcess::execute(QStringLiteral("jpegtran"),
-                          {QStringLiteral("-rotate"), QStringLiteral("90"), QStringLiteral("-outfile"), path, temporary});
+        QProcess::execute(QStringLiteral("jpegtran"), {QStringLiteral("-rotate"), QStringLiteral("90"),
+                                                       QStringLiteral("-outfile"), path, temporary});
         break;
     case 3:
         ASSERT_EQ(::link(temporary.toLocal8Bit().constData(), path.toLocal8Bit().constData()), 0);
@@ -315,7 +323,8 @@ TEST_P(LeftoverTest, NextRunPutsTheOriginalBackAndRotatesIt) {
 }
 
 INSTANTIATE_TEST_SUITE_P(States, LeftoverTest,
-                         ::testing::Values(LeftoverCase{"targetMissing", 0}, LeftoverCase{"targetHalfWritten", 1},
+                         ::testing::Values(LeftoverCase{"targetMissing", 0},
+                                           LeftoverCase{"targetHalfWritten", 1},
                                            LeftoverCase{"targetTurned", 2}, LeftoverCase{"sameFile", 3}),
                          [](const auto& info) { return std::string(info.param.label); });
 
@@ -333,8 +342,9 @@ TEST_F(FileRotationTest, RunRestoresListedFilesAndMissingOnesOnly) {
     EXPECT_EQ(readFile(other), "not ours to judge");
     EXPECT_EQ(folderEntries(), (QStringList{QStringLiteral(".qlt.other.jpg"), QStringLiteral("gone.jpg"),
                                             QStringLiteral("listed.jpg"), QStringLiteral("other.jpg")}));
-    EXPECT_EQ(log.lines, (QStringList{QStringLiteral("Restored 'gone.jpg' from an interrupted rotation\n"),
-                                      QStringLiteral("Restored 'listed.jpg' from an interrupted rotation\n")}));
+    EXPECT_EQ(log.lines,
+              (QStringList{QStringLiteral("Restored 'gone.jpg' from an interrupted rotation\n"),
+                           QStringLiteral("Restored 'listed.jpg' from an interrupted rotation\n")}));
 }
 
 TEST_F(FileRotationTest, RotationAfterARestoreWithBackupReadsAnIntactOriginal) {
@@ -362,8 +372,8 @@ TEST_F(FileRotationTest, RealCameraPicturesTurnLosslessly) {
     ASSERT_EQ(rotate(path, 90, true), FileRotation::Outcome::Rotated);
     EXPECT_EQ(readFile(FileRotation::backupPath(path)), original);
     const QString plain = dir.filePath("plain.jpg");
-    ASSERT_EQ(QProcess::execute(QStringLiteral("jpegtran"),
-                                {QStringLiteral("-rotate"), QStringLiteral("90"), QStringLiteral("-outfile"), plain, sample}),
+    ASSERT_EQ(QProcess::execute(QStringLiteral("jpegtran"), {QStringLiteral("-rotate"), QStringLiteral("90"),
+                                                             QStringLiteral("-outfile"), plain, sample}),
               0);
     EXPECT_EQ(maxDifference(decode(path), decode(plain)), 0);
     const auto before = KVImageInfo::fromFile(sample);

@@ -62,8 +62,10 @@ inline QByteArray exifSegment(int orientation) {
 // quarter turn moves the block to another corner. Sizes are whole blocks, so
 // jpegtran turns every pixel.
 inline vips::VImage markedImage() {
-    vips::VImage blue = testsupport::solidImage(64, 48, 0, 0, 255).extract_band(0, vips::VImage::option()->set("n", 3));
-    vips::VImage red = testsupport::solidImage(16, 16, 255, 0, 0).extract_band(0, vips::VImage::option()->set("n", 3));
+    vips::VImage blue =
+        testsupport::solidImage(64, 48, 0, 0, 255).extract_band(0, vips::VImage::option()->set("n", 3));
+    vips::VImage red =
+        testsupport::solidImage(16, 16, 255, 0, 0).extract_band(0, vips::VImage::option()->set("n", 3));
     return blue.insert(red, 0, 0);
 }
 

@@ -22,7 +22,7 @@ namespace {
 
 // Records every callback in order, with the thread it came on.
 class RecordingDelegate final : public InplaceDelegate {
-public:
+  public:
     void showMessage(const QString& text) override {
         record(QStringLiteral("message ") + text);
         ++messages;
@@ -30,7 +30,9 @@ public:
             onMessage(messages);
     }
     void writeActivity(const QString& line) override { record(QStringLiteral("line ") + line.trimmed()); }
-    void writeWarningActivity(const QString& line) override { record(QStringLiteral("warning ") + line.trimmed()); }
+    void writeWarningActivity(const QString& line) override {
+        record(QStringLiteral("warning ") + line.trimmed());
+    }
     void didCompleteWithBadFiles(const QStringList& bad) override {
         record(QStringLiteral("complete bad=") + QString::number(bad.size()));
         badFiles = bad;
@@ -51,7 +53,7 @@ public:
 };
 
 class LosslessProcessorTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         ASSERT_TRUE(dir.isValid());
         // Icons are thumbnails in the cache; keep them out of the user's own.
@@ -76,11 +78,12 @@ TEST_F(LosslessProcessorTest, RotationRunReportsEachFileAndTheBadOnes) {
     paths.insert(1, dir.filePath("notes.jpg"));
     writeFile(paths.at(1), "plain text");
     ASSERT_TRUE(processor.rotateFiles(paths, 0, false));
-    EXPECT_EQ(delegate.events, (QStringList{QStringLiteral("message Rotating p0.jpg"), QStringLiteral("line Rotated 'p0.jpg'"),
-                                            QStringLiteral("message Rotating notes.jpg"),
-                                            QStringLiteral("line Skipping 'notes.jpg'"),
-                                            QStringLiteral("message Rotating p1.jpg"), QStringLiteral("line Rotated 'p1.jpg'"),
-                                            QStringLiteral("complete bad=0")}));
+    EXPECT_EQ(
+        delegate.events,
+        (QStringList{QStringLiteral("message Rotating p0.jpg"), QStringLiteral("line Rotated 'p0.jpg'"),
+                     QStringLiteral("message Rotating notes.jpg"),
+                     QStringLiteral("line Skipping 'notes.jpg'"), QStringLiteral("message Rotating p1.jpg"),
+                     QStringLiteral("line Rotated 'p1.jpg'"), QStringLiteral("complete bad=0")}));
 
     delegate.events.clear();
     ASSERT_TRUE(processor.rotateFiles(paths, 90, false));
@@ -163,7 +166,8 @@ TEST_F(LosslessProcessorTest, DatesComeFromTheCaptureDate) {
     const QStringList withDate = files(2, markedJpeg(1));
     const QString withoutDate = dir.filePath("nodate.jpg");
     writeFile(withoutDate, markedJpeg(-1));
-    const QDateTime capture = QDateTime::fromString(QLatin1String(CaptureDate), QStringLiteral("yyyy:MM:dd HH:mm:ss"));
+    const QDateTime capture =
+        QDateTime::fromString(QLatin1String(CaptureDate), QStringLiteral("yyyy:MM:dd HH:mm:ss"));
     const QDateTime before = QFileInfo(withoutDate).lastModified();
 
     ASSERT_TRUE(processor.resetDatesForFiles({withDate.at(0), withoutDate}, false));
@@ -184,11 +188,11 @@ TEST_F(LosslessProcessorTest, IconRunsReportProgressOnly) {
     const QStringList paths = files(2, markedJpeg(1));
     ASSERT_TRUE(processor.addCustomIconsForFiles(paths));
     ASSERT_TRUE(processor.removeCustomIconsForFiles(paths));
-    EXPECT_EQ(delegate.events, (QStringList{QStringLiteral("message Setting icon for p0.jpg"),
-                                            QStringLiteral("message Setting icon for p1.jpg"), QStringLiteral("complete"),
-                                            QStringLiteral("message Clearing icon for p0.jpg"),
-                                            QStringLiteral("message Clearing icon for p1.jpg"),
-                                            QStringLiteral("complete")}));
+    EXPECT_EQ(delegate.events,
+              (QStringList{QStringLiteral("message Setting icon for p0.jpg"),
+                           QStringLiteral("message Setting icon for p1.jpg"), QStringLiteral("complete"),
+                           QStringLiteral("message Clearing icon for p0.jpg"),
+                           QStringLiteral("message Clearing icon for p1.jpg"), QStringLiteral("complete")}));
     EXPECT_EQ(readFile(paths.first()), markedJpeg(1));
 }
 

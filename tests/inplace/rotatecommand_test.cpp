@@ -40,7 +40,7 @@ Result runCli(const QStringList& args, const QString& jpegtran = {}) {
 }
 
 class RotateCommandTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         ASSERT_TRUE(dir.isValid());
         // Icons are thumbnails in the cache; keep them out of the user's own.
@@ -66,26 +66,32 @@ TEST_F(RotateCommandTest, ReportsProgressActivityAndNonJpegFiles) {
                                          "[2/2] Rotating upright.jpg\nSkipping 'upright.jpg'\n"));
     EXPECT_EQ(KVImageInfo::orientationForPath(photo), 1);
 
-    result = runCli({QStringLiteral("rotate"), QStringLiteral("cw"), QStringLiteral("--backup"), picture, upright});
+    result = runCli(
+        {QStringLiteral("rotate"), QStringLiteral("cw"), QStringLiteral("--backup"), picture, upright});
     EXPECT_EQ(result.status, 1);
     EXPECT_TRUE(result.err.contains(QStringLiteral("'picture.png' is not a JPEG\n")));
-    EXPECT_TRUE(result.err.contains(QStringLiteral("Non-JPEG Files: Lossless JPEG operations can only be performed "
-                                                   "on JPEG files. Non-JPEG files ignored.\n")));
+    EXPECT_TRUE(
+        result.err.contains(QStringLiteral("Non-JPEG Files: Lossless JPEG operations can only be performed "
+                                           "on JPEG files. Non-JPEG files ignored.\n")));
     EXPECT_TRUE(result.out.contains(QStringLiteral("Rotated 'upright.jpg'\n")));
     EXPECT_EQ(readFile(picture), png);
     EXPECT_EQ(readFile(dir.filePath("Quillet Originals/upright.jpg")), markedJpeg(1));
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Hidden | QDir::Files).filter(QStringLiteral(".qlt.")), QStringList());
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Hidden | QDir::Files).filter(QStringLiteral(".qlt.")),
+              QStringList());
 }
 
 TEST_F(RotateCommandTest, UsageErrorsAndAMissingToolTouchNothing) {
     const QString photo = put(QStringLiteral("photo.jpg"), markedJpeg(6));
     EXPECT_EQ(runCli({QStringLiteral("rotate"), photo}).status, 2);
     EXPECT_EQ(runCli({QStringLiteral("rotate"), QStringLiteral("cw")}).status, 2);
-    EXPECT_EQ(runCli({QStringLiteral("rotate"), QStringLiteral("cw"), QStringLiteral("--mirror"), photo}).status, 2);
+    EXPECT_EQ(
+        runCli({QStringLiteral("rotate"), QStringLiteral("cw"), QStringLiteral("--mirror"), photo}).status,
+        2);
     EXPECT_EQ(runCli({QStringLiteral("icons"), QStringLiteral("paint"), photo}).status, 2);
     EXPECT_EQ(runCli({QStringLiteral("dates")}).status, 2);
 
-    const Result missing = runCli({QStringLiteral("rotate"), QStringLiteral("cw"), photo}, dir.filePath("none"));
+    const Result missing =
+        runCli({QStringLiteral("rotate"), QStringLiteral("cw"), photo}, dir.filePath("none"));
     EXPECT_EQ(missing.status, 1);
     EXPECT_TRUE(missing.err.contains(QStringLiteral("jpegtran not found"))) << missing.err.toStdString();
     EXPECT_EQ(readFile(photo), markedJpeg(6));
@@ -108,13 +114,14 @@ TEST_F(RotateCommandTest, DatesAndIconsRunThroughEveryFile) {
 TEST_F(RotateCommandTest, KilledRunsLoseNothingAndTheNextRunRecovers) {
     const QString realTool = QStandardPaths::findExecutable(QStringLiteral("jpegtran"));
     ASSERT_FALSE(realTool.isEmpty());
-    const QString slowTool = put(QStringLiteral("slow-jpegtran"),
-                                 "#!/bin/sh\nsleep 0.15\n" + realTool.toLocal8Bit() + " \"$@\" || exit $?\nsleep 0.15\n");
+    const QString slowTool =
+        put(QStringLiteral("slow-jpegtran"),
+            "#!/bin/sh\nsleep 0.15\n" + realTool.toLocal8Bit() + " \"$@\" || exit $?\nsleep 0.15\n");
     QFile::setPermissions(slowTool, QFile::permissions(slowTool) | QFileDevice::ExeOwner);
     const QByteArray original = markedJpeg(6);
     const QString plain = put(QStringLiteral("plain.jpg"), original);
-    ASSERT_EQ(QProcess::execute(realTool, {QStringLiteral("-rotate"), QStringLiteral("90"), QStringLiteral("-outfile"),
-                                           plain + ".out", plain}),
+    ASSERT_EQ(QProcess::execute(realTool, {QStringLiteral("-rotate"), QStringLiteral("90"),
+                                           QStringLiteral("-outfile"), plain + ".out", plain}),
               0);
     const vips::VImage expected = decode(plain + ".out");
 
@@ -143,7 +150,8 @@ TEST_F(RotateCommandTest, KilledRunsLoseNothingAndTheNextRunRecovers) {
             // the moment a file has been moved aside.
             QElapsedTimer waited;
             waited.start();
-            while (batch.entryList(leftoverFilter, QDir::Files | QDir::Hidden).isEmpty() && waited.elapsed() < 30000)
+            while (batch.entryList(leftoverFilter, QDir::Files | QDir::Hidden).isEmpty() &&
+                   waited.elapsed() < 30000)
                 QThread::msleep(5);
             QThread::msleep(killAfter);
             process.kill();
@@ -152,7 +160,8 @@ TEST_F(RotateCommandTest, KilledRunsLoseNothingAndTheNextRunRecovers) {
                 const QString temporary = FileRotation::temporaryPath(path);
                 const bool originalThere = readFile(path) == original || readFile(temporary) == original;
                 const bool finished = !QFile::exists(temporary) && KVImageInfo::orientationForPath(path) == 1;
-                EXPECT_TRUE(originalThere || finished) << path.toStdString() << " after " << killAfter << " ms";
+                EXPECT_TRUE(originalThere || finished)
+                    << path.toStdString() << " after " << killAfter << " ms";
             }
         }
         const bool leftovers = !batch.entryList(leftoverFilter, QDir::Files | QDir::Hidden).isEmpty();
