@@ -3,7 +3,11 @@
 #include <QDateTime>
 #include <QString>
 
+#include <cstddef>
 #include <cstdint>
+#include <ctime>
+#include <functional>
+#include <sys/types.h>
 
 // File attributes a Mac file system keeps natively, mapped onto Linux.
 //
@@ -37,6 +41,17 @@ std::uint32_t typeCodeForFormat(int format);
 // with a creation date. Returns true on success (nothing to set is success).
 bool setAttributes(const QString& path, std::uint32_t creator, int format, bool hideExtension,
                    const QDateTime& creationDate, const QDateTime& modificationDate);
+
+// The system calls used above, replaceable so a test can make them fail. They
+// follow the calls of the same names (-1 and errno on failure); utimensat is
+// always relative to the working folder and follows links.
+struct SystemCalls {
+    std::function<int(const char* path, const char* name, const void* value, std::size_t size)> setxattr;
+    std::function<ssize_t(const char* path, const char* name, void* value, std::size_t size)> getxattr;
+    std::function<int(const char* path, const char* name)> removexattr;
+    std::function<int(const char* path, const struct timespec times[2])> utimensat;
+};
+SystemCalls& systemCalls();
 
 // Reads back what setAttributes stored (0 / false / invalid when absent).
 std::uint32_t typeCode(const QString& path);
