@@ -46,14 +46,11 @@ const QStringList kExif{QStringLiteral("Canon 40D"), QStringLiteral("1/250"), QS
 
 TEST(TextWatermark, StartSizeIsHeightTimesFactorRoundedHalfAway) {
     EXPECT_EQ(startFontSize(2000, 2), 54);
-    const int expected[] = {10, 21, 27, 37, 55};
-    for (int index = 0; index < 5; ++index)
-        EXPECT_EQ(startFontSize(1000, index), expected[index]) << index;
-    EXPECT_EQ(startFontSize(50, 4), 3);    // 2.75
-    EXPECT_EQ(startFontSize(100, 4), 6);   // 5.5, away from zero
+    EXPECT_EQ(startFontSize(1000, 0), 10);
+    EXPECT_EQ(startFontSize(1000, 3), 37);
+    EXPECT_EQ(startFontSize(100, 4), 6); // 5.5, away from zero
     EXPECT_EQ(startFontSize(1, 4), 0);
-    EXPECT_EQ(startFontSize(100, 9), 6);   // past the table: its last factor
-    EXPECT_EQ(startFontSize(1000, -1), 10); // before it: its first
+    EXPECT_EQ(startFontSize(100, 9), 6); // past the table: its last factor
 }
 
 // The bar is 1.2 line heights of the font, not of the ink: "ooo" has no
@@ -85,19 +82,6 @@ TEST(TextWatermark, BarIsOnePointTwoLinesOfTheBackgroundColour) {
     for (int y = 500 - int(layout.lineHeight * 0.1) + 1; y < 500; ++y)
         for (int x = 0; x < 300; ++x)
             ASSERT_EQ(red.at(x, y), 255) << "ink below the line at " << x << ", " << y;
-}
-
-TEST(TextWatermark, BackgroundBlendsOverThePicture) {
-    Picture half = solidPicture(200, 200, 0, 0, 255);
-    drawStrings({QStringLiteral("x")}, half, 2, 0, RgbaColor::white(0.5));
-    const std::vector<double> bar = pixelAt(half.image, 199, 199);
-    EXPECT_NEAR(bar[0], 127.5, 1);
-    EXPECT_NEAR(bar[2], 255, 0);
-    EXPECT_EQ(bar[3], 255);
-
-    Picture clear = solidPicture(200, 200, 0, 0, 255);
-    drawStrings({QStringLiteral("x")}, clear, 2, 0, RgbaColor::white(0));
-    EXPECT_EQ(pixelAt(clear.image, 199, 199), (std::vector<double>{0, 0, 255, 255}));
 }
 
 // At the exact width where the texts fit with 10-pixel margins and gaps, the
@@ -153,7 +137,7 @@ void expectSeparateTextsInside(int width, int height, const QStringList& texts, 
             EXPECT_FALSE(ink[size_t(x)]) << "stray ink at column " << x;
         }
     }
-    EXPECT_GE(layout.x.front(), 10);
+    EXPECT_EQ(layout.x.front(), 10);
     EXPECT_LE(layout.x.back() + layout.widths.back(), width - 10 + 1e-9);
 }
 
@@ -161,17 +145,7 @@ TEST(TextWatermark, TextsAreJustifiedWithoutOverlapping) {
     expectSeparateTextsInside(800, 600, kExif, 2);
     expectSeparateTextsInside(300, 900, kExif, 4); // portrait, squeezed below the start size
     expectSeparateTextsInside(1200, 100, kExif + QStringList{QStringLiteral("2008:05:30 15:56:01")}, 4);
-}
-
-TEST(TextWatermark, SingleTextStandsAtTheLeft) {
-    Picture picture = solidPicture(400, 300, 0, 0, 0);
-    const TextBarLayout layout = drawStrings({QStringLiteral("IMG_0042")}, picture, 2, 0, RgbaColor::white(0));
-    EXPECT_EQ(layout.x, std::vector<double>{10});
-    EXPECT_EQ(layout.spacing, 0);
-    const std::vector<bool> ink = inkColumns(plane(picture.image, 0), 0);
-    const auto first = std::find(ink.begin(), ink.end(), true) - ink.begin();
-    EXPECT_GE(first, 9);
-    EXPECT_LE(first, 12);
+    expectSeparateTextsInside(400, 300, {QStringLiteral("IMG_0042")}, 2); // alone, at the left
 }
 
 // Below size 5 the search does not go: texts that never fit are drawn at 5,
@@ -192,6 +166,10 @@ struct SearchCase {
     int width;
 };
 
+void PrintTo(const SearchCase& c, std::ostream* os) {
+    *os << c.texts.size() << " texts from size " << c.startSize << " across " << c.width;
+}
+
 class SizeSearch : public ::testing::TestWithParam<SearchCase> {};
 
 // The quick search skips sizes judged by the width at the start size; it must
@@ -209,12 +187,10 @@ const QString kLong = QStringLiteral("Evening light over the harbour, seen from 
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, SizeSearch,
-    ::testing::Values(SearchCase{kExif, 60, 700}, SearchCase{kExif, 60, 300}, SearchCase{kExif, 90, 151},
-                      SearchCase{kExif, 12, 200}, SearchCase{{QStringLiteral("x")}, 40, 35},
-                      SearchCase{{kLong}, 120, 2000}, SearchCase{{kLong}, 120, 600},
+    ::testing::Values(SearchCase{kExif, 60, 700}, SearchCase{kExif, 90, 151}, SearchCase{kExif, 12, 200},
+                      SearchCase{{QStringLiteral("x")}, 40, 35}, SearchCase{{kLong}, 120, 600},
                       SearchCase{{kLong, kLong}, 70, 333}, SearchCase{{QString(), QString()}, 30, 10},
-                      SearchCase{{QStringLiteral("iiiiiiiiii"), QStringLiteral("WWWWWWWWWW")}, 90, 400},
-                      SearchCase{{QStringLiteral("1/250")}, 6, 20}));
+                      SearchCase{{QStringLiteral("iiiiiiiiii"), QStringLiteral("WWWWWWWWWW")}, 90, 400}));
 
 // Shadows fall right and down, glows spread all round; the plain styles
 // leave the picture around the glyphs alone.
@@ -244,9 +220,6 @@ TEST(TextWatermark, StylesColourTheTextAndItsShadow) {
     EXPECT_LT(glowing.darkest, 5);
     EXPECT_GT(glowing.lightest, 150);
 
-    Picture other = solidPicture(400, 800, 128, 128, 128);
-    EXPECT_EQ(draw(7, other).lightest, 128);
-
     // The shadow's darkening sits right of and below the white ink.
     Picture shadowed = solidPicture(400, 800, 128, 128, 128);
     const Outcome shadow = draw(1, shadowed);
@@ -267,17 +240,12 @@ TEST(TextWatermark, StylesColourTheTextAndItsShadow) {
     EXPECT_GT(darkY / darkN, inkY / inkN + 0.3);
 }
 
-TEST(TextWatermark, ShadowsCanBeSwitchedOff) {
-    EXPECT_TRUE(textWatermarkStyle(1).shadow);
-    EXPECT_FALSE(textWatermarkStyle(1, false).shadow);
-    EXPECT_FALSE(textWatermarkStyle(3, false).shadow);
-    EXPECT_EQ(textWatermarkStyle(3, false).color, RgbaColor::black());
-}
-
 struct OddSize {
     int width;
     int height;
 };
+
+void PrintTo(const OddSize& size, std::ostream* os) { *os << size.width << " x " << size.height; }
 
 class OddPicture : public ::testing::TestWithParam<OddSize> {};
 
@@ -329,8 +297,6 @@ TEST(TextWatermark, AwkwardTextsRenderOnOneLine) {
     const StyledText empty = renderer.render(QString(), style);
     EXPECT_EQ(empty.width, 0);
     EXPECT_EQ(empty.height, renderer.lineHeight());
-    EXPECT_GT(renderer.render(QStringLiteral("   "), style).width, 0);
-
     const int a = renderer.render(QStringLiteral("a"), style).width;
     EXPECT_GT(renderer.render(QStringLiteral("  a"), style).width, a);
     EXPECT_GT(renderer.render(QStringLiteral("a  "), style).width, a);

