@@ -49,7 +49,8 @@ QPointF watermarkOrigin(double pictureWidth, double pictureHeight, double width,
 }
 
 void drawWatermark(const Picture& watermark, Picture& image, int location, int opacity, ActivityLog& log) {
-    if (location == WatermarkLocation::None)
+    // An empty picture on either side has nothing to draw or draw on.
+    if (location == WatermarkLocation::None || !watermark.image.get_image() || !image.image.get_image())
         return;
     const int pictureWidth = image.image.width();
     const int pictureHeight = image.image.height();

@@ -38,7 +38,7 @@ TextBarLayout drawAttributedStrings(const StyledTexts& styled, Picture& image, c
     TextBarLayout layout;
     layout.fontSize = styled.fontSize;
     layout.spacing = spacing;
-    if (styled.texts.empty())
+    if (styled.texts.empty() || !image.image.get_image())
         return layout;
 
     VImage pixels = watermarkoverlay::toRgba8(image.image);
@@ -72,6 +72,8 @@ TextBarLayout drawStrings(const QStringList& texts, Picture& image, int sizeInde
                           const RgbaColor& background) {
     if (texts.isEmpty())
         throw WatermarkError(QStringLiteral("_drawString: numStrings=%1").arg(texts.size()).toStdString());
+    if (!image.image.get_image())
+        return {};
     try {
         const int width = image.image.width();
         const int startSize = startFontSize(image.image.height(), sizeIndex);

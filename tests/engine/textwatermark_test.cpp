@@ -280,6 +280,8 @@ INSTANTIATE_TEST_SUITE_P(Sizes, OddPicture,
                                            OddSize{2, 300}, OddSize{300, 2}));
 
 TEST(TextWatermark, AnEmptyListIsRefused) {
+    Picture nothing;
+    EXPECT_NO_THROW(drawStrings(kExif, nothing, 2, 1, RgbaColor::white()));
     Picture picture = solidPicture(10, 10, 0, 0, 0);
     try {
         drawStrings({}, picture, 2, 1, RgbaColor::white());

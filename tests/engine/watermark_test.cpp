@@ -138,6 +138,11 @@ TEST(Watermark, OddPictureSizes) {
     expectPixel(portrait, 5, 0, kRed);
     expectPixel(portrait, 24, 19, kRed);
     expectPixel(portrait, 10, 20, kBlue);
+
+    Picture empty; // nothing loaded on either side: nothing happens
+    drawWatermark(solidPicture(4, 4, 255, 0, 0), empty, 7, 100, log);
+    drawWatermark(Picture{}, portrait, 7, 100, log);
+    expectPixel(portrait, 15, 450, kBlue);
 }
 
 TEST(Watermark, LoadsPicturesAsRgbaAndRefusesTheRest) {
