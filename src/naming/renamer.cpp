@@ -90,7 +90,7 @@ std::optional<QString> Renamer::dateName(const QString&, const KVImageInfo* info
     return m_prefix + CalendarFormat::format(m_dateFormats.at(m_dateFormatTag), date) + m_suffix;
 }
 
-QString Renamer::conflictResolverForIndex(int n) {
+QString Renamer::conflictResolverForIndex(int n) const {
     int tag = m_conflictFormatTag.load();
     if (tag < 0 || tag >= conflictSeparatorCount) {
         // Another thread may be doing the same; either way the field ends at 0.

@@ -44,7 +44,7 @@ class Renamer {
     std::optional<QString> nameFromInputName(const QString& name, const KVImageInfo* info, int index) const;
     // The text appended to a clashing date name: the separator of the
     // conflict tag ("-", "_", " ") and n. An out-of-range tag is reset to 0.
-    QString conflictResolverForIndex(int n);
+    QString conflictResolverForIndex(int n) const;
     int renameType() const { return m_type; }
     // "infile1"'s and "infile2"'s names joined by ", ", or nothing for type 0.
     std::optional<QString> examples() const;
@@ -95,7 +95,8 @@ class Renamer {
     int m_digits = 0;
     int m_startFrom = 0;
     int m_dateFormatTag = 0;
-    std::atomic<int> m_conflictFormatTag{0};
+    // Mutable: the conflict text resets an out-of-range tag while reading.
+    mutable std::atomic<int> m_conflictFormatTag{0};
     int m_dateFallbackTag = 0;
     QStringList m_dateFormats;
 };

@@ -21,13 +21,6 @@ TEST(PresetNames, AcceptanceRefusesEmptyNoneAndTakenNames) {
         EXPECT_FALSE(PresetNames::isAcceptable(refused, existing)) << refused.toStdString();
 }
 
-TEST(PresetNames, EndsInCopyNeedsSomethingBeforeIt) {
-    EXPECT_TRUE(PresetNames::endsInCopy(QStringLiteral("A copy")));
-    EXPECT_FALSE(PresetNames::endsInCopy(QStringLiteral(" copy")));
-    EXPECT_FALSE(PresetNames::endsInCopy(QStringLiteral("A copy 1")));
-    EXPECT_FALSE(PresetNames::endsInCopy(QStringLiteral("Acopy")));
-}
-
 struct DuplicateCase {
     const char* name;
     const char* existing; // names joined by '|'

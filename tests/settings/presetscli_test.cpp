@@ -63,6 +63,9 @@ TEST_F(PresetsCommand, ExportImportListAndDelete) {
 
     EXPECT_EQ(run({QStringLiteral("delete"), QStringLiteral("Trip")}).status, 0);
     EXPECT_EQ(storedNames(), QStringList{QStringLiteral("Trip copy")});
+    const CliResult missing = run({QStringLiteral("delete"), QStringLiteral("Trip")});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_TRUE(missing.err.contains(QLatin1String("no preset named 'Trip'")));
 }
 
 TEST_F(PresetsCommand, BadFilesAreRefusedAndChangeNothing) {
@@ -83,16 +86,6 @@ TEST_F(PresetsCommand, BadFilesAreRefusedAndChangeNothing) {
     EXPECT_EQ(fromInput.status, 1);
     EXPECT_TRUE(fromInput.err.contains(QLatin1String("larger than"))) << fromInput.err.toStdString();
     EXPECT_EQ(testsupport::readFile(store()), before);
-}
-
-TEST_F(PresetsCommand, UsageAndUnknownNames) {
-    for (const QStringList& args :
-         {QStringList{}, QStringList{QStringLiteral("frob")}, QStringList{QStringLiteral("show")},
-          QStringList{QStringLiteral("export"), QStringLiteral("A")}})
-        EXPECT_EQ(run(args).status, 2) << args.join(QLatin1Char(' ')).toStdString();
-    const CliResult missing = run({QStringLiteral("delete"), QStringLiteral("Nope")});
-    EXPECT_EQ(missing.status, 1);
-    EXPECT_TRUE(missing.err.contains(QLatin1String("no preset named 'Nope'")));
 }
 
 } // namespace

@@ -169,17 +169,6 @@ TEST_F(PresetStoreTest, MovingFollowsRowBoundaries) {
     EXPECT_EQ(store.names(), list({"B", "A", "C"}));
 }
 
-TEST_F(PresetStoreTest, RevertBringsBackARemovedPreset) {
-    PresetStore store = load();
-    store.addPreset(QStringLiteral("Keep"), ProcessingParams::defaults());
-    store.save(*reopen());
-    EXPECT_TRUE(store.removePreset(0));
-    EXPECT_FALSE(store.removePreset(0));
-    EXPECT_EQ(store.count(), 0);
-    store.revert(*reopen());
-    EXPECT_EQ(store.names(), list({"Keep"}));
-}
-
 TEST_F(PresetStoreTest, ImportTakesACopyNameAndAFreshId) {
     PresetStore store = load();
     store.addPreset(QStringLiteral("Trip"), ProcessingParams::defaults());
