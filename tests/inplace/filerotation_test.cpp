@@ -134,6 +134,14 @@ TEST_F(FileRotationTest, ExplicitAngleKeepsTheTag) {
     const vips::VImage turned = decode(path);
     EXPECT_EQ(turned.width(), 64);
     EXPECT_GT(pixelAt(turned, 60, 44)[0], 200); // red corner now bottom-right
+
+    // Pictures without EXIF, or with JFIF in front of it, turn just the same.
+    for (const bool jfifFirst : {false, true}) {
+        const QString other = put(QStringLiteral("other.jpg"), markedJpeg(jfifFirst ? 6 : -1, jfifFirst));
+        ASSERT_EQ(rotate(other, 270), FileRotation::Outcome::Rotated) << jfifFirst;
+        EXPECT_EQ(decode(other).width(), 48);
+        EXPECT_GT(pixelAt(decode(other), 4, 60)[0], 200); // red corner now bottom-left
+    }
 }
 
 // Files that automatic mode must leave byte for byte as they are, unreported.
@@ -358,6 +366,54 @@ TEST_F(FileRotationTest, RotationAfterARestoreWithBackupReadsAnIntactOriginal) {
     ASSERT_EQ(rotate(path, 90, true), FileRotation::Outcome::Rotated);
     EXPECT_EQ(readFile(backup), original);
     EXPECT_EQ(decode(path).width(), 48);
+}
+
+// The camera sample with its JFIF segment dropped and its EXIF block moved
+// to the front, so that its orientation tag counts.
+QByteArray exifFirst(const QByteArray& jpeg) {
+    QByteArray exif, others;
+    qsizetype at = 2;
+    while (at + 4 <= jpeg.size() && uchar(jpeg[at]) == 0xFF && uchar(jpeg[at + 1]) != 0xDA) {
+        const qsizetype length = 2 + ((uchar(jpeg[at + 2]) << 8) | uchar(jpeg[at + 3]));
+        const QByteArray segment = jpeg.mid(at, length);
+        if (uchar(jpeg[at + 1]) == 0xE1 && segment.mid(4, 4) == "Exif" && exif.isEmpty())
+            exif = segment;
+        else if (uchar(jpeg[at + 1]) != 0xE0)
+            others += segment;
+        at += length;
+    }
+    return jpeg.left(2) + exif + others + jpeg.mid(at);
+}
+
+TEST_F(FileRotationTest, RealCameraPictureTurnsUprightWithItsExif) {
+    QString sample;
+    QUILLET_SAMPLE_OR_SKIP(sample, "orientation-portrait_6.jpg");
+    const QByteArray original = exifFirst(readFile(sample));
+    const QString path = put(QStringLiteral("portrait.jpg"), original);
+    const QString plain = put(QStringLiteral("plain.jpg"), original);
+    ASSERT_EQ(KVImageInfo::orientationForPath(path), 6);
+    const auto before = KVImageInfo::fromFile(path);
+
+    ASSERT_EQ(rotate(path, 0), FileRotation::Outcome::Rotated);
+    EXPECT_EQ(jpegtran.calls.last().at(1), QStringLiteral("90"));
+    EXPECT_EQ(KVImageInfo::orientationForPath(path), 1);
+    const auto after = KVImageInfo::fromFile(path);
+    ASSERT_TRUE(before && after);
+    EXPECT_EQ(after->cameraMake(), before->cameraMake());
+    EXPECT_EQ(after->cameraModel(), before->cameraModel());
+    EXPECT_EQ(after->creationDate(), before->creationDate());
+    EXPECT_EQ(after->exposureTimeFloat(), before->exposureTimeFloat());
+    EXPECT_EQ(after->apertureFloat(), before->apertureFloat());
+    EXPECT_EQ(after->focalLengthFloat(), before->focalLengthFloat());
+    EXPECT_EQ(after->isoInt(), before->isoInt());
+    EXPECT_EQ(after->width(), before->height());
+    EXPECT_EQ(after->height(), before->width());
+
+    ASSERT_EQ(
+        QProcess::execute(QStringLiteral("jpegtran"), {QStringLiteral("-rotate"), QStringLiteral("90"),
+                                                       QStringLiteral("-outfile"), plain + ".out", plain}),
+        0);
+    EXPECT_EQ(maxDifference(decode(path), decode(plain + ".out")), 0);
 }
 
 TEST_F(FileRotationTest, RealCameraPicturesTurnLosslessly) {

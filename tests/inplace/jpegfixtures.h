@@ -95,9 +95,11 @@ inline QByteArray markedJpeg(int orientation, bool jfifFirst = false) {
     return jfifFirst ? soi + app0 + exif + rest : soi + exif + rest;
 }
 
-// Decodes a JPEG file without turning it by its tag.
+// Decodes a JPEG file without turning it by its tag. Read from memory: libvips
+// caches loads by file name, and these files change under the same name.
 inline vips::VImage decode(const QString& path) {
-    return vips::VImage::new_from_file(path.toUtf8().constData());
+    const QByteArray bytes = testsupport::readFile(path);
+    return vips::VImage::new_from_buffer(bytes.constData(), size_t(bytes.size()), "").copy_memory();
 }
 
 // Largest difference of any band of any pixel between two pictures of one size.
