@@ -182,7 +182,11 @@ double ConvertAnyFormat(JpegContext& ctx, const uint8_t* value, int format) {
 void ProcessExifDir(JpegContext& ctx, uint64_t dirStart, uint64_t offsetBase, uint64_t exifLength,
                     int nestingLevel) {
     const uint64_t end = offsetBase + exifLength;
-    if (nestingLevel > 4 || ++ctx.DirectoriesWalked > MaxDirectoriesPerParse) {
+    // Every call counts against the budget, refused ones included, so a
+    // hostile block costs at most a few hundred calls and lines.
+    if (++ctx.DirectoriesWalked > MaxDirectoriesPerParse + 1)
+        return;
+    if (nestingLevel > 4 || ctx.DirectoriesWalked > MaxDirectoriesPerParse) {
         ErrNonfatal(ctx, "Maximum directory nesting exceeded (corrupt exif header)", 0, 0);
         return;
     }
