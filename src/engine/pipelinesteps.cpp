@@ -2,6 +2,7 @@
 
 #include "engine/geometry.h"
 #include "engine/imagewatermark.h"
+#include "engine/outputencoder.h"
 #include "engine/textwatermark.h"
 #include "engine/watermarkfields.h"
 
@@ -10,7 +11,7 @@
 namespace PipelineSteps {
 
 int orientationOf(const QString& path) {
-    const auto info = KVImageInfo::fromFile(path, false);
+    const auto info = KVImageInfo::fromFile(path, false, false);
     const int orientation = info ? info->orientation() : 1;
     return orientation >= 1 && orientation <= 8 ? orientation : 1;
 }
@@ -40,22 +41,8 @@ void drawWatermarks(Picture& picture, const ProcessingParams& params, const std:
 }
 
 QByteArray encode(const Picture& picture, const ProcessingParams& params, ActivityLog& log) {
-    try {
-        const int format = params.intValue(ParamKey::FileFormat);
-        void* buf = nullptr;
-        size_t size = 0;
-        if (format == FileFormat::Jpeg) {
-            log.writeActivity(QStringLiteral("\tJPEG quality: %1\n").arg(params.intValue(ParamKey::JpegQuality)));
-            picture.image.flatten().write_to_buffer(".jpg", &buf, &size, vips::VImage::option()->set("Q", std::max(1, params.intValue(ParamKey::JpegQuality)))->set("strip", true));
-        } else {
-            picture.image.write_to_buffer(format == FileFormat::Png ? ".png" : ".tif", &buf, &size);
-        }
-        QByteArray bytes(static_cast<const char*>(buf), qsizetype(size));
-        g_free(buf);
-        return bytes;
-    } catch (const vips::VError&) {
-        return {};
-    }
+    return OutputEncoder::dataForImage(picture, params.intValue(ParamKey::FileFormat), params.resolution(),
+                                       params.intValue(ParamKey::JpegQuality), params.sizeLimitBytes(), log);
 }
 
 vips::VImage thumbnail(const Picture& picture) { return Geometry::thumbnail(picture, 64, 64).image; }

@@ -46,7 +46,7 @@ void render(RenderedFile& out, const RenderSettings& settings) {
     out.status = RenderedFile::Rendered;
     out.pictureLog.writeActivity(QStringLiteral("Processing '%1'\n").arg(file.fileName()));
     if (settings.needsInfo)
-        out.info = KVImageInfo::fromFile(out.path, true);
+        out.info = KVImageInfo::fromFile(out.path, true, false);
 
     Picture picture = PipelineSteps::processImage(loaded.picture, params, orientation, out.autoRotated);
     out.pictureLog.writeActivity(QString::asprintf("\tDimension: %.0f x %.0f\n", picture.width, picture.height));
