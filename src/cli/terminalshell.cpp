@@ -96,10 +96,10 @@ void TerminalShell::writeWarningActivity(const QString& line) { write(line, true
 
 int TerminalShell::confirmReplace(const QString& path) {
     // Skip and replace hold for the whole run, so they answer for the folder.
-    if (m_conflict == Conflict::Skip || !m_readKey)
-        return SkipAll;
     if (m_conflict == Conflict::Replace)
         return ReplaceAll;
+    if (m_conflict == Conflict::Skip || !m_readKey)
+        return SkipAll;
     std::lock_guard lock(m_mutex);
     clearBar();
     std::fprintf(m_streams.status,

@@ -1,0 +1,161 @@
+#include "testsupport.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace {
+
+struct Outcome {
+    int status = -1;
+    QString out;
+    QString err;
+};
+
+Outcome runQuillet(const QStringList& args, int timeoutMs = 120000) {
+    QProcess process;
+    process.setProgram(testsupport::cliPath());
+    process.setArguments(QStringList{QStringLiteral("process")} + args);
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.start();
+    process.waitForFinished(timeoutMs);
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            QString::fromLocal8Bit(process.readAllStandardOutput()),
+            QString::fromLocal8Bit(process.readAllStandardError())};
+}
+
+void picture(const QString& path, int width, int height) {
+    QDir().mkpath(QFileInfo(path).path());
+    testsupport::solidImage(width, height, 90, 120, 150).write_to_file(QFile::encodeName(path).constData());
+}
+
+class ProcessCommandTest : public ::testing::Test {
+protected:
+    QString path(const QString& relative) const { return dir.path() + QLatin1Char('/') + relative; }
+    // Not under /tmp, where outputs are replaced without a question.
+    QTemporaryDir dir{QDir::currentPath() + QStringLiteral("/cli-XXXXXX")};
+};
+
+TEST_F(ProcessCommandTest, ShippedSamplesConvertAsTheReadmeSays) {
+    const Outcome run = runQuillet({QStringLiteral("--fit"), QStringLiteral("320x320"), QStringLiteral("--quality"),
+                                    QStringLiteral("85"), QStringLiteral("--dest"), path(QStringLiteral("demo")),
+                                    testsupport::projectSamplesDir()});
+    ASSERT_EQ(run.status, 0) << qPrintable(run.err);
+    EXPECT_TRUE(run.out.contains(QLatin1String("Processing Completed (")));
+    EXPECT_TRUE(run.out.contains(QLatin1String("\tJPEG quality: 85\n")));
+    int pictures = 0;
+    QDirIterator it(path(QStringLiteral("demo")), {QStringLiteral("*.jpg")}, QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const vips::VImage image = vips::VImage::new_from_file(QFile::encodeName(it.next()).constData());
+        EXPECT_TRUE((image.width() == 320 && image.height() <= 320) || (image.height() == 320 && image.width() <= 320));
+        ++pictures;
+    }
+    EXPECT_GE(pictures, 1);
+}
+
+TEST_F(ProcessCommandTest, BadUsageExitsWithTwoAndSaysWhy) {
+    picture(path(QStringLiteral("in/a.png")), 10, 10);
+    const QString in = path(QStringLiteral("in"));
+    const std::vector<std::pair<QStringList, QString>> cases = {
+        {{in}, QStringLiteral("--dest")},
+        {{in, QStringLiteral("--dest"), path(QStringLiteral("o")), QStringLiteral("--bogus")}, QStringLiteral("--bogus")},
+        // No terminal to ask on.
+        {{in, QStringLiteral("--dest"), path(QStringLiteral("o")), QStringLiteral("--on-conflict"), QStringLiteral("ask")},
+         QStringLiteral("terminal")},
+    };
+    for (const auto& [args, message] : cases) {
+        const Outcome run = runQuillet(args);
+        EXPECT_EQ(run.status, 2) << qPrintable(args.join(QLatin1Char(' ')));
+        EXPECT_TRUE(run.err.contains(message)) << qPrintable(run.err);
+    }
+    EXPECT_FALSE(QFileInfo::exists(path(QStringLiteral("o"))));
+}
+
+TEST_F(ProcessCommandTest, ExistingOutputsAreSkippedWithoutATerminalAndReplacedOnRequest) {
+    picture(path(QStringLiteral("in/a.png")), 40, 20);
+    const QStringList base = {path(QStringLiteral("in")), QStringLiteral("--dest"), path(QStringLiteral("o"))};
+    ASSERT_EQ(runQuillet(base).status, 0);
+    const QString output = path(QStringLiteral("o/in/a.jpg"));
+    testsupport::writeFile(output, "old");
+    const Outcome skipped = runQuillet(base);
+    EXPECT_EQ(skipped.status, 0);
+    EXPECT_TRUE(skipped.out.contains(QLatin1String("\tSkipping duplicate\n")));
+    EXPECT_FALSE(skipped.out.contains(QLatin1String("JPEG quality")));
+    EXPECT_EQ(testsupport::readFile(output), QByteArray("old"));
+    const Outcome replaced = runQuillet(base + QStringList{QStringLiteral("--on-conflict"), QStringLiteral("replace")});
+    EXPECT_EQ(replaced.status, 0);
+    EXPECT_NE(testsupport::readFile(output), QByteArray("old"));
+}
+
+TEST_F(ProcessCommandTest, FailingWorkerMakesTheExitStatusOneAndShowsItsError) {
+    picture(path(QStringLiteral("in/a.png")), 10, 10);
+    testsupport::writeFile(path(QStringLiteral("blocked")), "a file where a folder should go");
+    const Outcome run = runQuillet({path(QStringLiteral("in")), QStringLiteral("--dest"), path(QStringLiteral("blocked"))});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(run.out.contains(QLatin1String("Cancelled (processed 0 of 1)"))) << qPrintable(run.out);
+    EXPECT_TRUE(run.err.contains(QLatin1String("Error Creating Folder: Unable to create folder"))) << qPrintable(run.err);
+}
+
+TEST_F(ProcessCommandTest, LogFileHoldsTheActivityLogAndSerialMatchesParallel) {
+    for (int i = 0; i < 6; ++i)
+        picture(path(QStringLiteral("in/sub/p%1.png").arg(i)), 100 + i, 60);
+    testsupport::writeFile(path(QStringLiteral("in/readme.txt")), "hi");
+    const Outcome parallel = runQuillet({path(QStringLiteral("in")), QStringLiteral("--dest"), path(QStringLiteral("o")),
+                                         QStringLiteral("--log"), path(QStringLiteral("p.log")), QStringLiteral("--percent"),
+                                         QStringLiteral("50"), QStringLiteral("--rename"), QStringLiteral("sequence")});
+    const Outcome serial = runQuillet({path(QStringLiteral("in")), QStringLiteral("--dest"), path(QStringLiteral("o2")),
+                                       QStringLiteral("--log"), path(QStringLiteral("s.log")), QStringLiteral("--percent"),
+                                       QStringLiteral("50"), QStringLiteral("--rename"), QStringLiteral("sequence"),
+                                       QStringLiteral("--serial")});
+    ASSERT_EQ(parallel.status, 0);
+    ASSERT_EQ(serial.status, 0);
+    const QString log = QString::fromUtf8(testsupport::readFile(path(QStringLiteral("p.log"))));
+    // The log's lines appear on the standard output in the same order (the
+    // metadata layer may print lines of its own in between).
+    const QStringList shown = parallel.out.split(QLatin1Char('\n'));
+    int at = 0;
+    for (const QString& line : log.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+        while (at < shown.size() && shown[at] != line)
+            ++at;
+        EXPECT_LT(at, shown.size()) << "missing on the output: " << qPrintable(line);
+    }
+    EXPECT_TRUE(log.contains(QStringLiteral("\tFilename: %1\n").arg(path(QStringLiteral("o/in/sub/0.jpg")))));
+    EXPECT_FALSE(log.contains(QLatin1String("Processing Completed")));
+    QString serialLog = QString::fromUtf8(testsupport::readFile(path(QStringLiteral("s.log"))));
+    EXPECT_EQ(serialLog.replace(path(QStringLiteral("o2/")), path(QStringLiteral("o/"))), log);
+}
+
+TEST_F(ProcessCommandTest, InterruptCancelsBetweenFilesAndStillReports) {
+    for (int i = 0; i < 40; ++i)
+        picture(path(QStringLiteral("in/p%1.png").arg(i, 2, 10, QLatin1Char('0'))), 900, 900);
+    QProcess process;
+    process.setProgram(testsupport::cliPath());
+    process.setArguments({QStringLiteral("process"), path(QStringLiteral("in")), QStringLiteral("--dest"),
+                          path(QStringLiteral("o")), QStringLiteral("--format"), QStringLiteral("png")});
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.start();
+    ASSERT_TRUE(process.waitForStarted());
+    // Wait for the first file to be done, then interrupt.
+    QByteArray err;
+    while (!err.contains("[1/40]") && process.state() == QProcess::Running) {
+        process.waitForReadyRead(5000);
+        err += process.readAllStandardError();
+    }
+    ::kill(pid_t(process.processId()), SIGINT);
+    ASSERT_TRUE(process.waitForFinished(60000));
+    const QString out = QString::fromLocal8Bit(process.readAllStandardOutput());
+    EXPECT_EQ(process.exitCode(), 1);
+    EXPECT_TRUE(out.contains(QLatin1String("Cancelled (processed "))) << qPrintable(out);
+    // Every file the report counts as handled was written whole; none beyond.
+    const int written = int(QDir(path(QStringLiteral("o/in"))).entryList(QDir::Files).size());
+    EXPECT_LT(written, 40);
+    EXPECT_TRUE(out.contains(QStringLiteral("Cancelled (processed %1 of 40)").arg(written))) << qPrintable(out);
+}
+
+} // namespace
