@@ -2,10 +2,15 @@
 #include "metadata/kvimageinfo.h"
 #include "settings/processingparams.h"
 
+#include "testsupport.h"
+
 #include <gtest/gtest.h>
 
 #include <clocale>
 #include <functional>
+
+// Readable failures.
+void PrintTo(const QString& text, std::ostream* os) { *os << '"' << text.toStdString() << '"'; }
 
 namespace {
 
@@ -67,6 +72,16 @@ TEST(WatermarkFields, TextsKeepTheFieldOrderAndDropTheHoles) {
     const QStringList texts = watermarkTexts(KVImageInfo(data), {5, 13, 1, 99, 6, 3});
     EXPECT_EQ(texts, (QStringList{s("iso100"), s("640x480"), s("No Flash")}));
     EXPECT_TRUE(watermarkTexts(KVImageInfo(data), {13, 14, 20}).isEmpty());
+}
+
+// The texts of a real camera file, read through its EXIF.
+TEST(WatermarkFields, CameraFile) {
+    QString path;
+    QUILLET_SAMPLE_OR_SKIP(path, "Canon_40D.jpg");
+    const std::optional<KVImageInfo> info = KVImageInfo::fromFile(path, true, false);
+    ASSERT_TRUE(info);
+    EXPECT_EQ(watermarkTexts(*info, {0, 1, 2, 3, 5, 6}),
+              (QStringList{s("Canon_40D"), s("100x68"), s("7KB"), s("40D"), s("iso100"), s("Flash")}));
 }
 
 // Desktops with a comma as decimal separator still get a point, as before.
