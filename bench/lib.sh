@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Helpers shared by the benchmark scripts: measurement parsing, statistics and
 # target checks. Sourced, never run; only plain POSIX awk is used, so mawk (the
 # Debian default) and gawk give the same answers.

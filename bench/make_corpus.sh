@@ -10,8 +10,9 @@
 # Every synthetic file carries the full EXIF block of one of the sample
 # cameras, with the pixel-size tags set to the file's real size. File N is the
 # same bytes whatever the counts asked for, so a quick run reuses the full
-# corpus and vice versa. The cache is thrown away when the generator, this
-# script, libvips or the sample cameras change.
+# corpus and vice versa. The cache is thrown away when the generator, the
+# recipe below (sizes, cameras, quality, seeds), libvips, exiftool or the
+# sample cameras change.
 set -euo pipefail
 
 here=$(cd "$(dirname "$0")" && pwd)
@@ -26,7 +27,7 @@ while [ $# -gt 0 ]; do
         --dir) dir=$2; shift 2 ;;
         --big) big=$2; shift 2 ;;
         --small) small=$2; shift 2 ;;
-        -h|--help) sed -n '2,13p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
+        -h|--help) sed -n '2,15p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
         *) echo "make_corpus.sh: unknown option '$1'" >&2; exit 2 ;;
     esac
 done
@@ -38,6 +39,8 @@ small_sizes=(640x480 640x480 480x640 720x405 600x500)
 cameras=(Canon_40D Nikon_D70 Pentax_K10D Panasonic_DMC-FZ30 Kodak_CX7530
          Olympus_C8080WZ Fujifilm_FinePix_E500)
 quality=92
+big_seed=1000
+small_seed=50000
 
 for camera in "${cameras[@]}"; do
     if [ ! -f "$samples/$camera.jpg" ]; then
@@ -48,9 +51,18 @@ for camera in "${cameras[@]}"; do
 done
 
 mkdir -p "$dir"
+# Two runs filling the same cache would trip over each other's staging files.
+exec 9>"$dir/.lock"
+if ! flock -n 9; then
+    echo "Waiting for another run that is building the corpus in $dir"
+    flock 9
+fi
+# The recipe: everything that decides the bytes of the files.
 stamp=$( {
-    cat "$here/corpusgen.cpp" "$0"
+    cat "$here/corpusgen.cpp"
+    echo "${big_sizes[*]} / ${small_sizes[*]} / ${cameras[*]} / $quality / $big_seed $small_seed"
     vips --version
+    exiftool -ver
     for camera in "${cameras[@]}"; do cat "$samples/$camera.jpg"; done
 } | sha256sum | cut -c1-16)
 if [ "$(cat "$dir/.stamp" 2>/dev/null)" != "$stamp" ]; then
@@ -104,8 +116,8 @@ make_set() {
     rm -rf "$staging"
 }
 
-make_set big "$big" 1000 "${big_sizes[@]}"
-make_set small "$small" 50000 "${small_sizes[@]}"
+make_set big "$big" "$big_seed" "${big_sizes[@]}"
+make_set small "$small" "$small_seed" "${small_sizes[@]}"
 
 # The larger real photos, when the samples are there: at least 2 MP and
 # decoding without a single libjpeg warning (the damaged samples would make

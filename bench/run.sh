@@ -13,6 +13,7 @@
 #   --jobs LIST        comma-separated subset of big,small,info (default all three)
 #   --quillet PATH     time this quillet binary instead of building build/release/quillet
 #   --output FILE      where to write the table (default bench/RESULTS.md)
+#   --timeout S        stop a tool run after S seconds and count it failed (default 1800)
 #
 # The job: fit in 1600 x 1600, JPEG quality 80, EXIF kept where the tool can.
 # Each number is the median of the runs; tools are interleaved run by run so
@@ -35,6 +36,7 @@ jobs=big,small,info
 quillet=
 output=$here/RESULTS.md
 quick=0
+limit=1800
 invocation="bench/run.sh${*:+ $*}"
 
 while [ $# -gt 0 ]; do
@@ -47,11 +49,12 @@ while [ $# -gt 0 ]; do
         --jobs) jobs=$2; shift 2 ;;
         --quillet) quillet=$2; shift 2 ;;
         --output) output=$2; shift 2 ;;
-        -h|--help) sed -n '2,20p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
+        --timeout) limit=$2; shift 2 ;;
+        -h|--help) sed -n '2,21p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
         *) echo "run.sh: unknown option '$1' (see --help)" >&2; exit 2 ;;
     esac
 done
-for n in "$big" "$small" "$runs" "$small_runs"; do
+for n in "$big" "$small" "$runs" "$small_runs" "$limit"; do
     case $n in ''|*[!0-9]*) echo "run.sh: counts must be whole numbers, got '$n'" >&2; exit 2 ;; esac
 done
 want() { case ",$jobs," in *",$1,"*) return 0 ;; *) return 1 ;; esac; }
@@ -153,6 +156,7 @@ write_floor_script() {
         for file in "$set"/*.jpg; do
             w=$(vipsheader -f width "$file")
             h=$(vipsheader -f height "$file")
+            # shellcheck disable=SC2016 # "$1" is the floor script's own argument
             printf 'djpeg -scale 1/%d %q | cjpeg -quality %d -outfile "$1"/%q\n' \
                 "$(shrink_factor "$w" "$h" "$box")" "$file" "$quality" "${file##*/}"
         done
@@ -211,14 +215,18 @@ run_tool() {
     mkdir -p "$out"
     tool_command "$job" "$tool" "$set" "$out"
     printf '  %-7s run %d: %-14s' "$job" "$run" "$tool"
-    (cd "$cwd" && /usr/bin/time -v -o "$tf" "${cmd[@]}" >"$stdout" 2>"$stderr") || true
+    # No terminal on stdin, so that nothing waits for an answer; a hung tool
+    # is stopped rather than stalling the whole benchmark.
+    (cd "$cwd" && /usr/bin/time -v -o "$tf" timeout -k 10 "$limit" "${cmd[@]}" </dev/null >"$stdout" 2>"$stderr") || true
 
     local report wall cpu rss status problem=
     if ! report=$(parse_time_report "$tf"); then
         problem="could not be run: $(tail -n 1 "$tf" 2>/dev/null)"
     else
         read -r wall cpu rss status <<< "$report"
-        if [ "$status" -ne 0 ]; then
+        if [ "$status" -eq 124 ] || [ "$status" -eq 137 ]; then
+            problem="stopped after the $limit s time limit"
+        elif [ "$status" -ne 0 ]; then
             problem="exit status $status: $(grep -v '^\s*$' "$stderr" | tail -n 1 | cut -c1-160)"
         else
             problem=$(check_outputs "$job" "$tool" "$set" "$out" "$stdout")
@@ -298,7 +306,7 @@ table() {
         [ -f "$base.exif" ] && exif=$(cat "$base.exif")
         [ "$tool" = floor ] && exif="no (cannot)"
         printf '| %s | %s (%s) | %s | %s | %s | %s | %s | %s | %s |\n' "$label" "$wall" "$range" "$cpu" \
-            "$(awk -v c="$cpu" -v n="$pictures" 'BEGIN { printf "%.0f", 1000 * c / n }')" "$(kb_to_mb "$rss")" \
+            "$(awk -v c="$cpu" -v n="$pictures" 'BEGIN { ms = 1000 * c / n; printf(ms < 10 ? "%.1f" : "%.0f", ms) }')" "$(kb_to_mb "$rss")" \
             "$(ratio "$wall" "$qwall")" "$(ratio "$cpu" "$qcpu")" "$(ratio "$rss" "$qrss")" "$exif"
     done
 }
