@@ -14,6 +14,7 @@
 #   --quillet PATH     time this quillet binary instead of building build/release/quillet
 #   --output FILE      where to write the table (default bench/RESULTS.md)
 #   --timeout S        stop a tool run after S seconds and count it failed (default 1800)
+#   --work DIR         scratch folder for sets, outputs and logs (default bench/work)
 #
 # The job: fit in 1600 x 1600, JPEG quality 80, EXIF kept where the tool can.
 # Each number is the median of the runs; tools are interleaved run by run so
@@ -37,6 +38,7 @@ quillet=
 output=$here/RESULTS.md
 quick=0
 limit=1800
+work=$here/work
 invocation="bench/run.sh${*:+ $*}"
 
 while [ $# -gt 0 ]; do
@@ -50,7 +52,8 @@ while [ $# -gt 0 ]; do
         --quillet) quillet=$2; shift 2 ;;
         --output) output=$2; shift 2 ;;
         --timeout) limit=$2; shift 2 ;;
-        -h|--help) sed -n '2,21p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
+        --work) work=$2; shift 2 ;;
+        -h|--help) sed -n '2,22p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
         *) echo "run.sh: unknown option '$1' (see --help)" >&2; exit 2 ;;
     esac
 done
@@ -85,8 +88,10 @@ quillet=$(cd "$(dirname "$quillet")" && pwd)/$(basename "$quillet")
 
 "$here/make_corpus.sh" --big "$big" --small "$small"
 corpus=$here/corpus
-work=$here/work
-rm -rf "$work"
+mkdir -p "$work"
+work=$(cd "$work" && pwd)
+# Only what this script makes: the folder may be one the user handed in.
+rm -rf "$work/sets" "$work/out" "$work/logs" "$work/times" "$work/results" "$work/floor.sh" "$work/quillet.ini"
 mkdir -p "$work/sets" "$work/out" "$work/logs" "$work/times" "$work/results"
 
 # The sets are hard links into the cache, so a run sees exactly the files

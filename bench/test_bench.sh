@@ -153,5 +153,50 @@ if [ "${1:-}" != --fast ]; then
     fi
 fi
 
+# --- a tool that does not do the job is reported, never timed -----------------------
+
+# A stand-in quillet whose fault is chosen by FAKE_FAULT: it exits with an
+# error, writes pictures of the wrong size, or leaves a picture out of its
+# listing. The other tools still run and are timed.
+if [ "${1:-}" != --fast ]; then
+    fake=$scratch/quillet
+    cat > "$fake" <<'FAKE'
+#!/usr/bin/env bash
+[ "$1" = --version ] && { echo "quillet stand-in"; exit 0; }
+shift 2
+command=$1
+shift
+case $FAKE_FAULT in
+    exit) echo "process is broken" >&2; exit 2 ;;
+    size)
+        while [ $# -gt 1 ]; do [ "$1" = --dest ] && dest=$2; shift; done
+        mkdir -p "$dest/small" && cp "${1%/}"/*.jpg "$dest/small/" ;;
+    listing) [ "$command" = info ] && shift && shift && exiftool -json "$@" ;;
+esac
+FAKE
+    chmod +x "$fake"
+    bench() { # FAULT JOBS
+        FAKE_FAULT=$1 "$here/run.sh" --jobs "$2" --big 0 --small 3 --small-runs 1 --quillet "$fake" \
+            --work "$scratch/work" --output "$scratch/results.md" > "$scratch/run.log" 2>&1
+        expect "benchmark with a quillet fault '$1' completes" 0 $?
+    }
+    row() { grep "^| $1 |" "$scratch/results.md" | head -n 1; }
+
+    bench exit small
+    case $(row quillet) in *"FAILED: exit status 2: process is broken"*) ok=yes ;; *) ok="$(row quillet)" ;; esac
+    expect "failing run shown with its message" yes "$ok"
+    case $(row vipsthumbnail) in *"| yes |") ok=yes ;; *) ok="$(row vipsthumbnail)" ;; esac
+    expect "other tools still timed" yes "$ok"
+    expect "target without a measurement" 1 "$(grep -c '| n/a |$' "$scratch/results.md")"
+
+    bench size small
+    case $(row quillet) in *"small_0000.jpg is 640x480, expected 1600x1200"*) ok=yes ;; *) ok="$(row quillet)" ;; esac
+    expect "unscaled output caught" yes "$ok"
+
+    bench listing info
+    case $(row quillet) in *"listed 2 of 3 pictures"*) ok=yes ;; *) ok="$(row quillet)" ;; esac
+    expect "incomplete listing caught" yes "$ok"
+fi
+
 echo "$checks checks, $failures failed"
 [ "$failures" -eq 0 ]
