@@ -43,9 +43,10 @@ VipsKernel kernel(int interpolation) {
     }
 }
 
-// Pixels as the contract promises them (4-band sRGB uchar), whatever came in.
+// Pixels as the contract promises them (4-band sRGB uchar), whatever came in:
+// 16-bit and grey pictures are converted, not clipped.
 VImage normalized(VImage image) {
-    if (image.bands() < 3)
+    if (image.bands() < 3 || image.format() != VIPS_FORMAT_UCHAR)
         image = image.colourspace(VIPS_INTERPRETATION_sRGB);
     if (image.format() != VIPS_FORMAT_UCHAR)
         image = image.cast(VIPS_FORMAT_UCHAR);
@@ -161,12 +162,13 @@ Picture draw(const Picture& picture, const Layout& layout, int interpolation,
 
         // Opaque pixels are their own premultiplied form, so they resample as
         // uchar; anything else is premultiplied first so edges do not darken.
-        const VImage premultiplied = picture.opaque ? image : image.premultiply();
+        const bool opaque = picture.opaque || picture.image.bands() == 3;
+        const VImage premultiplied = opaque ? image : image.premultiply();
         VImage drawn = drawsSomething
                            ? resample(premultiplied, fx, fy, kx, ky, dst.x, dst.y, cw, ch, interpolation)
                            : VImage::black(cw, ch, VImage::option()->set("bands", 4));
 
-        if (picture.opaque && fillsCanvas)
+        if (opaque && fillsCanvas)
             return Picture{drawn.copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB)), double(cw),
                            double(ch), true};
 
@@ -187,7 +189,7 @@ Picture draw(const Picture& picture, const Layout& layout, int interpolation,
             drawn = drawn.unpremultiply();
         VImage out = drawn.linear(1, 0.5).cast(VIPS_FORMAT_UCHAR);
         out = out.copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
-        return Picture{out, double(cw), double(ch), opaqueBackground || (picture.opaque && fillsCanvas)};
+        return Picture{out, double(cw), double(ch), opaqueBackground || (opaque && fillsCanvas)};
     } catch (const vips::VError& e) {
         throw GeometryError(std::string("Drawing failed: ") + e.what());
     }

@@ -186,6 +186,16 @@ TEST(Geometry, TransparentEdgesKeepTheirColour) {
     expectPixel(pink.image, 1, 1, {255, 127, 127, 255}, 1);
 }
 
+TEST(Geometry, SixteenBitPixelsAreConvertedNotClipped) {
+    const VImage rgb16 = VImage::black(8, 8, VImage::option()->set("bands", 3))
+                             .cast(VIPS_FORMAT_USHORT)
+                             .new_from_image({51400.0, 25700.0, 0.0})
+                             .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_RGB16));
+    const Picture out = Geometry::copyImage(Picture{rgb16, 8, 8}, std::nullopt);
+    EXPECT_TRUE(out.opaque);
+    expectPixel(out.image, 4, 4, {200, 100, 0, 255}, 1);
+}
+
 TEST(Geometry, ShrunkPictureSizesByItsLogicalSize) {
     // 3000 x 2000 decoded at a quarter of its size.
     Picture shrunk = quadrants(750, 500);
