@@ -8,7 +8,8 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
-JpegtranRunner::JpegtranRunner() : m_program(locate()) {}
+JpegtranRunner::JpegtranRunner()
+    : m_requested(qEnvironmentVariable(EnvironmentVariable)), m_program(locate()) {}
 
 JpegtranRunner::JpegtranRunner(QString program) : m_program(std::move(program)) {}
 
@@ -27,10 +28,9 @@ QString JpegtranRunner::locate() {
 void JpegtranRunner::requireProgram() const {
     if (!m_program.isEmpty())
         return;
-    const QString chosen = qEnvironmentVariable(EnvironmentVariable);
-    if (!chosen.isEmpty())
+    if (!m_requested.isEmpty())
         throw JpegtranMissing("jpegtran not found: " + std::string(EnvironmentVariable) + " names '" +
-                              chosen.toStdString() + "', which is not an executable program");
+                              m_requested.toStdString() + "', which is not an executable program");
     throw JpegtranMissing(
         "jpegtran not found on PATH: install it (Debian package libjpeg-turbo-progs) or set " +
         std::string(EnvironmentVariable) + " to its path");

@@ -38,5 +38,6 @@ class JpegtranRunner {
     static QString locate();
 
   private:
+    QString m_requested; // QUILLET_JPEGTRAN as it was when the program was looked up
     QString m_program;
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "inplace/jpegtranrunner.h"
+
 #include <QStringList>
 
 #include <atomic>
@@ -8,7 +10,6 @@
 
 class InplaceDelegate;
 class InplaceFileSystem;
-class JpegtranRunner;
 
 // Changes the user's own files where they lie: lossless JPEG rotation through
 // jpegtran, file dates from the EXIF capture date, and custom icons. Each run
