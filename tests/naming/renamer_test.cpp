@@ -1,6 +1,8 @@
 #include "metadata/kvimageinfo.h"
 #include "naming/renamer.h"
+#include "testsupport.h"
 
+#include <QFileInfo>
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -112,6 +114,26 @@ TEST(RenamerDate, UsesTheCaptureDateThenTheFileDateByTheFallbackTag) {
         r.setDateFormatTag(tag);
         EXPECT_EQ(name(r, QStringLiteral("in"), &both, 0), QStringLiteral("in")) << tag;
     }
+}
+
+TEST(RenamerDate, NamesRealPicturesByCaptureDateOrFileDate) {
+    QString canon;
+    QUILLET_SAMPLE_OR_SKIP(canon, "Canon_40D.jpg");
+    QString noExif;
+    QUILLET_SAMPLE_OR_SKIP(noExif, "xmp-no_exif.jpg");
+    Renamer r;
+    r.setType(Renamer::Date);
+    r.setDateFormatTag(int(r.dateFormats().indexOf(QStringLiteral("%Y%m%d_%H%M%S"))));
+    const std::optional<KVImageInfo> withExif = KVImageInfo::fromFile(canon);
+    const std::optional<KVImageInfo> withoutExif = KVImageInfo::fromFile(noExif);
+    ASSERT_TRUE(withExif && withoutExif);
+    // The capture date (DateTimeOriginal), not the later edit date of IFD0.
+    EXPECT_EQ(name(r, QStringLiteral("Canon_40D"), &*withExif, 0), QStringLiteral("20080530_155601"));
+    const QDateTime modified = QFileInfo(noExif).lastModified();
+    EXPECT_EQ(name(r, QStringLiteral("x"), &*withoutExif, 0),
+              modified.toString(QStringLiteral("yyyyMMdd_HHmmss")));
+    r.setDateFallbackTag(1);
+    EXPECT_EQ(name(r, QStringLiteral("x"), &*withoutExif, 0), QStringLiteral("x"));
 }
 
 TEST(RenamerDate, FormatListHoldsTheCaptureAndFileSafeForms) {
