@@ -12,8 +12,8 @@ namespace {
 constexpr double kBarPerLine = 1.2;
 constexpr double kMargin = 10;
 
-// The platform's blur radius is about two standard deviations of the
-// Gaussian it spreads the shadow with.
+// A shadow's blur radius is read as two standard deviations of the Gaussian
+// that spreads it, the usual meaning in desktop drawing libraries.
 double blurSigma(double radius) { return radius / 2; }
 
 void drawShadow(VImage& pixels, const VImage& mask, const TextShadow& shadow, double left, double top) {
