@@ -75,26 +75,11 @@ class FileRotationTest : public ::testing::Test {
     FileRotation rotation{jpegtran, fileSystem, log};
 };
 
-// A camera picture's EXIF block moved to the front (JFIF dropped), so that
-// its orientation tag counts.
-QByteArray exifFirst(const QByteArray& jpeg) {
-    QByteArray exif, others;
-    qsizetype at = 2;
-    while (at + 4 <= jpeg.size() && uchar(jpeg[at]) == 0xFF && uchar(jpeg[at + 1]) != 0xDA) {
-        const QByteArray segment = jpeg.mid(at, 2 + ((uchar(jpeg[at + 2]) << 8) | uchar(jpeg[at + 3])));
-        if (uchar(jpeg[at + 1]) == 0xE1 && segment.mid(4, 4) == "Exif" && exif.isEmpty())
-            exif = segment;
-        else if (uchar(jpeg[at + 1]) != 0xE0)
-            others += segment;
-        at += segment.size();
-    }
-    return jpeg.left(2) + exif + others + jpeg.mid(at);
-}
-
 TEST_F(FileRotationTest, AutomaticTurnsACameraPictureUprightAndKeepsItsExif) {
     QString sample;
-    QUILLET_SAMPLE_OR_SKIP(sample, "orientation-portrait_6.jpg");
-    const QString path = put(QStringLiteral("portrait.jpg"), exifFirst(readFile(sample)));
+    QUILLET_SAMPLE_OR_SKIP(sample, "orientation-landscape_1.jpg"); // its EXIF block comes first
+    const QString path = put(QStringLiteral("portrait.jpg"), readFile(sample));
+    ASSERT_EQ(KVImageInfo::setOrientation(6, path), 1);
     const auto before = KVImageInfo::fromFile(path);
     const vips::VImage expected = plainRotation(path, 90);
 
@@ -106,7 +91,6 @@ TEST_F(FileRotationTest, AutomaticTurnsACameraPictureUprightAndKeepsItsExif) {
     EXPECT_EQ(KVImageInfo::orientationForPath(path), 1);
     const auto after = KVImageInfo::fromFile(path);
     ASSERT_TRUE(before && after);
-    EXPECT_EQ(before->orientation(), 6);
     EXPECT_EQ(after->cameraModel(), before->cameraModel());
     EXPECT_EQ(after->creationDate(), before->creationDate());
     EXPECT_EQ(after->exposureTimeFloat(), before->exposureTimeFloat());
@@ -127,8 +111,8 @@ TEST_F(FileRotationTest, AnglesAndWhatBecomesOfTheTag) {
                  {6, 270, 4, 60, 6, true}};
     for (const auto& c : cases) {
         const QString path = put(QStringLiteral("photo.jpg"), markedJpeg(c.orientation, c.jfifFirst));
-        QFile::setPermissions(path, QFileDevice::ReadOwner |
-                                        QFileDevice::WriteOwner); // kept, though the file is new
+        // The mode is kept, though the tool writes a new file.
+        QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
         ASSERT_EQ(rotate(path, c.degrees), Outcome::Rotated) << c.orientation;
         EXPECT_GT(pixelAt(decode(path), c.x, c.y)[0], 200) << c.orientation;
         EXPECT_EQ(KVImageInfo::orientationForPath(path), c.tag) << c.orientation;
@@ -197,6 +181,9 @@ TEST_F(FileRotationTest, ReadOnlyFilesAndFoldersAreLeftAlone) {
 TEST_F(FileRotationTest, BackupKeepsOneGenerationOfTheOriginal) {
     const QString path = put(QStringLiteral("photo.jpg"), markedJpeg(1));
     const QString backup = dir.filePath("Quillet Originals/photo.jpg");
+    // After a restore, the backup can be a second name of the file itself.
+    QDir(dir.path()).mkdir(QStringLiteral("Quillet Originals"));
+    ASSERT_EQ(::link(path.toLocal8Bit().constData(), backup.toLocal8Bit().constData()), 0);
     ASSERT_EQ(rotate(path, 90, true), Outcome::Rotated);
     EXPECT_EQ(jpegtran.calls.last().last(), backup);
     EXPECT_EQ(readFile(backup), markedJpeg(1));
@@ -272,17 +259,6 @@ TEST_F(FileRotationTest, LeftoversOfAnInterruptedRunArePutBack) {
     EXPECT_EQ(entries(), (QStringList{QStringLiteral(".qlt.other.jpg"), QStringLiteral("gone.jpg"),
                                       QStringLiteral("listed.jpg"), QStringLiteral("other.jpg")}));
     EXPECT_EQ(log.lines.last(), QStringLiteral("Restored 'listed.jpg' from an interrupted rotation\n"));
-}
-
-TEST_F(FileRotationTest, BackupThatIsAnotherNameOfTheFileIsNotOverwritten) {
-    // A restore can leave the backup and the file as two names of one file.
-    const QString path = put(QStringLiteral("photo.jpg"), markedJpeg(1));
-    QDir(dir.path()).mkdir(QStringLiteral("Quillet Originals"));
-    const QString backup = FileRotation::backupPath(path);
-    ASSERT_EQ(::link(path.toLocal8Bit().constData(), backup.toLocal8Bit().constData()), 0);
-    ASSERT_EQ(rotate(path, 90, true), Outcome::Rotated);
-    EXPECT_EQ(readFile(backup), markedJpeg(1));
-    EXPECT_EQ(decode(path).width(), 48);
 }
 
 } // namespace

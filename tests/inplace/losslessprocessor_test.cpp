@@ -103,22 +103,6 @@ TEST_F(LosslessProcessorTest, DetachedRunCallsBackOnItsOwnThreadOneRunAtATime) {
         EXPECT_NE(id, std::this_thread::get_id());
 }
 
-TEST_F(LosslessProcessorTest, MissingJpegtranIsAnErrorBeforeAnyFileIsTouched) {
-    qputenv(JpegtranRunner::EnvironmentVariable, dir.filePath("no-such-tool").toLocal8Bit());
-    LosslessProcessor lonely(delegate);
-    qunsetenv(JpegtranRunner::EnvironmentVariable);
-    lonely.setSynchronous(true);
-    const QStringList paths = files(1, markedJpeg(6));
-    try {
-        lonely.rotateFiles(paths, 90, false);
-        ADD_FAILURE() << "no error";
-    } catch (const JpegtranMissing& error) {
-        EXPECT_NE(std::string(error.what()).find("no-such-tool"), std::string::npos);
-    }
-    EXPECT_TRUE(delegate.events.isEmpty());
-    EXPECT_EQ(readFile(paths.first()), markedJpeg(6));
-}
-
 TEST_F(LosslessProcessorTest, DatesComeFromTheCaptureDate) {
     const QStringList dated = files(2, markedJpeg(1));
     const QString undated = dir.filePath("undated.jpg");
