@@ -88,7 +88,14 @@ TEST_F(PresetStoreTest, OldStorageMigratesOnceWithNamesAndIds) {
     QVariantMap later;
     later.insert(QStringLiteral("Ghost"), record(nullptr));
     seed(PresetStore::OldPresetsKey, later);
-    EXPECT_EQ(load().names(), list({"Archive", "Beach"}));
+    PresetStore reloaded = load();
+    EXPECT_EQ(reloaded.names(), list({"Archive", "Beach"}));
+
+    // Nor once every preset has been deleted: an empty list is still a list.
+    reloaded.removePreset(1);
+    reloaded.removePreset(0);
+    ASSERT_TRUE(reloaded.save(*reopen()));
+    EXPECT_EQ(load().count(), 0);
 }
 
 TEST_F(PresetStoreTest, LoadingMakesNamesUniqueAndFillsMissingIds) {
