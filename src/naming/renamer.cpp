@@ -58,7 +58,7 @@ std::optional<QString> Renamer::nameFromInputName(const QString& name, const KVI
     case PrefixSuffix:
         return m_prefix + name + m_suffix;
     case Date:
-        return dateName(name, info).value_or(name);
+        return dateName(info).value_or(name);
     default:
         return std::nullopt;
     }
@@ -75,7 +75,7 @@ QString Renamer::sequenceName(int index) const {
     return IntegerFormat::format(pattern, number);
 }
 
-std::optional<QString> Renamer::dateName(const QString&, const KVImageInfo* info) const {
+std::optional<QString> Renamer::dateName(const KVImageInfo* info) const {
     if (!info)
         return std::nullopt;
     // A tag outside the list names no format: keep the input name rather

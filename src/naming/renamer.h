@@ -87,7 +87,8 @@ class Renamer {
 
   private:
     QString sequenceName(int index) const;
-    std::optional<QString> dateName(const QString& name, const KVImageInfo* info) const;
+    // The date name, or nothing when there is no record, format or date.
+    std::optional<QString> dateName(const KVImageInfo* info) const;
 
     int m_type = KeepName;
     QString m_prefix;
