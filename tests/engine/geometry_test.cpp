@@ -62,13 +62,14 @@ TEST(Geometry, AutomaticRotationFollowsOrientation) {
     EXPECT_EQ(fixed.image.width(), 7);
 }
 
-// 300 x 200 padded into 80 x 80: the picture is 80 x 53 at y = 13.5, so rows
-// 13 and 66 are half band. Both pixel paths, opaque and premultiplied.
-class GeometryFill : public ::testing::TestWithParam<bool> {};
+// 3:2 padded into 80 x 80: the picture is 80 x 53 at y = 13.5, so rows 13
+// and 66 are half band. Reduced and enlarged, opaque and premultiplied.
+class GeometryFill : public ::testing::TestWithParam<std::tuple<int, bool>> {};
 
 TEST_P(GeometryFill, PlacesPictureAtFractionalOffset) {
-    Picture red = testsupport::solidPicture(300, 200, 255, 0, 0);
-    red.opaque = GetParam();
+    const auto [width, opaque] = GetParam();
+    Picture red = testsupport::solidPicture(width, width * 2 / 3, 255, 0, 0);
+    red.opaque = opaque;
     const Picture out = Geometry::scaleImageToFill(red, {80, 80}, false, false, 3, blue);
     ASSERT_EQ(out.image.width(), 80);
     ASSERT_EQ(out.image.height(), 80);
@@ -81,7 +82,7 @@ TEST_P(GeometryFill, PlacesPictureAtFractionalOffset) {
     expectPixel(clear.image, 40, 13, {255, 0, 0, 128});
 }
 
-INSTANTIATE_TEST_SUITE_P(OpaqueHint, GeometryFill, ::testing::Bool());
+INSTANTIATE_TEST_SUITE_P(SizesAndHint, GeometryFill, ::testing::Combine(::testing::Values(300, 30), ::testing::Bool()));
 
 TEST(Geometry, CropTakesCentredRectangle) {
     const Picture crop = Geometry::cropImageToFit(quadrants(300, 200), {100, 100}, 100, false, 3, std::nullopt);
