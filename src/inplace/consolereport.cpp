@@ -5,6 +5,24 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <atomic>
+#include <csignal>
+
+namespace {
+
+std::atomic<InplaceSession*> interruptedSession = nullptr;
+volatile std::sig_atomic_t interrupted = 0;
+
+// Ctrl-C or a plain kill stops the run before its next file, so that the file
+// in hand is finished rather than left to the next run to put back.
+extern "C" void cancelOnSignal(int) {
+    interrupted = 1;
+    if (InplaceSession* session = interruptedSession.load())
+        session->requestCancel();
+}
+
+} // namespace
+
 void ConsoleReport::writeActivity(const QString& line) {
     std::fputs(line.toLocal8Bit().constData(), m_out);
     std::fflush(m_out);
@@ -34,11 +52,28 @@ int ConsoleReport::run(InplaceAction action, const QStringList& files, bool keep
     QStringList paths;
     for (const QString& file : files)
         paths.append(QDir::cleanPath(QFileInfo(file).absoluteFilePath()));
+    interruptedSession = &session;
+    struct sigaction handler {};
+    handler.sa_handler = cancelOnSignal;
+    struct sigaction oldInt {};
+    struct sigaction oldTerm {};
+    sigaction(SIGINT, &handler, &oldInt);
+    sigaction(SIGTERM, &handler, &oldTerm);
+    int status = 0;
     try {
         session.start(action, paths);
     } catch (const JpegtranMissing& error) {
         std::fprintf(stderr, "quillet: %s\n", error.what());
-        return 1;
+        status = 1;
+    }
+    sigaction(SIGINT, &oldInt, nullptr);
+    sigaction(SIGTERM, &oldTerm, nullptr);
+    interruptedSession = nullptr;
+    if (status != 0)
+        return status;
+    if (interrupted) {
+        std::fputs("quillet: cancelled\n", stderr);
+        return 130;
     }
     const QStringList bad = session.badFiles();
     for (const QString& path : bad)

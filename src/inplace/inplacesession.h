@@ -52,6 +52,8 @@ class InplaceSession final : public InplaceDelegate {
     // sheet goes up.
     bool start(InplaceAction action, const QStringList& files);
     void cancel();
+    // Only raises the processor's cancel flag; safe in a signal handler.
+    void requestCancel() noexcept { m_processor.cancel(); }
     void wait() { m_processor.wait(); }
     void setSynchronous(bool synchronous) { m_processor.setSynchronous(synchronous); }
 

@@ -49,6 +49,9 @@ int JpegtranRunner::run(const QStringList& arguments) {
     // file that the next run restores; have the kernel kill it with us.
     const pid_t parent = ::getpid();
     process.setChildProcessModifier([parent] {
+        // Out of the terminal's process group, so that Ctrl-C reaches only us
+        // and we can let the file in hand finish.
+        ::setpgid(0, 0);
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (::getppid() != parent)
             ::_exit(127);
