@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <random>
 
 namespace {
 
@@ -73,6 +74,23 @@ TEST(IntegerFormat, LongHostileTextIsCopiedThrough) {
     const QString hostile = QString(100000, QLatin1Char('%')) + QStringLiteral("s");
     const QString out = IntegerFormat::format(hostile, 1);
     EXPECT_EQ(out, QString(50000, QLatin1Char('%')) + QStringLiteral("s"));
+}
+
+TEST(IntegerFormat, RandomDirectiveSoupStaysBounded) {
+    // Every directive renders to at most MaxField + 2 characters (sign or
+    // "0x" beside a full field), so the output can never run away.
+    // Percent signs weighted four times: plain characters, not escapes.
+    const QString alphabet = QStringLiteral("%%%%0-+ #.1259dixXouslhn*$");
+    std::mt19937 random(20050214);
+    for (int round = 0; round < 20000; ++round) {
+        QString pattern;
+        const int length = int(random() % 24);
+        for (int i = 0; i < length; ++i)
+            pattern += alphabet[int(random() % alphabet.size())];
+        const QString out = IntegerFormat::format(pattern, int(random()));
+        ASSERT_LE(out.size(), qsizetype(pattern.size()) * (IntegerFormat::MaxField + 2))
+            << pattern.toStdString();
+    }
 }
 
 } // namespace

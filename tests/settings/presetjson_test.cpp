@@ -61,6 +61,12 @@ TEST(PresetJson, AcceptsOlderPartialRecordsTrimsTheNameAndDropsAnId) {
     EXPECT_EQ(p.values().size(), 2);
 }
 
+TEST(PresetJson, EveryTruncationOfAFileIsRefused) {
+    const QByteArray json = PresetJson::toJson(fullPreset()).trimmed();
+    for (qsizetype n = 0; n < json.size(); ++n)
+        EXPECT_THROW(PresetJson::fromJson(json.left(n)), PresetFileError) << "cut at " << n;
+}
+
 struct Refusal {
     const char* label;
     QByteArray bytes;
