@@ -21,12 +21,20 @@ const char infoUsage[] =
     "  --json   one JSON object per line instead, with the keys:\n"
     "             path, name, kind (strings); width, height, size (bytes),\n"
     "             orientation (1..8, 0 unknown) (integers); cameraMake,\n"
-    "             cameraModel, creationDate (the EXIF capture date text) (strings);\n"
+    "             cameraModel (trailing blanks dropped), creationDate (the EXIF\n"
+    "             capture date text) (strings);\n"
     "             exposureTime (seconds), aperture (f-number), focalLength,\n"
     "             focalLength35 (millimetres; 35 mm equivalent), (numbers);\n"
     "             iso (integer); flash (boolean); distance (metres),\n"
     "             exposureBias (EV) (numbers); comment (string).\n"
     "             Missing numbers are 0, missing texts empty.\n";
+
+// EXIF pads texts with blanks to a fixed width; the listing drops them.
+QString trimmedRight(QString text) {
+    while (text.endsWith(QLatin1Char(' ')))
+        text.chop(1);
+    return text;
+}
 
 // Shortest text that reads back as the same float.
 std::string number(float value) {
@@ -77,8 +85,8 @@ std::string jsonLine(const KVImageInfo& info) {
     key("height"), s += std::to_string(info.height());
     key("size"), s += std::to_string(info.size());
     key("orientation"), s += std::to_string(info.orientation());
-    key("cameraMake"), s += jsonString(info.cameraMake());
-    key("cameraModel"), s += jsonString(info.cameraModel());
+    key("cameraMake"), s += jsonString(trimmedRight(info.cameraMake()));
+    key("cameraModel"), s += jsonString(trimmedRight(info.cameraModel()));
     key("creationDate"), s += jsonString(info.creationDateString());
     key("exposureTime"), s += number(info.exposureTimeFloat());
     key("aperture"), s += number(info.apertureFloat());
@@ -104,8 +112,8 @@ std::string textBlock(const KVImageInfo& info) {
     line("height:", QString::number(info.height()));
     line("size:", QString::number(info.size()));
     line("orientation:", QString::number(info.orientation()));
-    line("camera make:", info.cameraMake());
-    line("camera model:", info.cameraModel());
+    line("camera make:", trimmedRight(info.cameraMake()));
+    line("camera model:", trimmedRight(info.cameraModel()));
     line("date:", info.creationDateString());
     line("exposure:", info.exposureTime());
     line("aperture:", info.aperture());
