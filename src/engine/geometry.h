@@ -26,9 +26,10 @@ using OrientationSource = std::function<int()>;
 // Rotation by the "Rotation" code, then sizing by the "ScaleType" code.
 // Code 4 turns by the orientation (6 clockwise, 8 counter-clockwise, 3 half)
 // and only then sets autoRotated; unknown codes mean no rotation and a copy.
-Picture processImage(const Picture& picture, const OrientationSource& orientation, int rotation, bool& autoRotated,
-                     int scaleType, int width, int height, int percent, bool downOnly, int scaleQuality,
-                     bool flipForPortrait, int cropAreaPercentage, const Background& background);
+Picture processImage(const Picture& picture, const OrientationSource& orientation, int rotation,
+                     bool& autoRotated, int scaleType, int width, int height, int percent, bool downOnly,
+                     int scaleQuality, bool flipForPortrait, int cropAreaPercentage,
+                     const Background& background);
 
 // Quarter and half turns; the canvas is transparent and exactly covered.
 Picture rotateImageCW(const Picture& picture);
@@ -40,16 +41,17 @@ Picture scaleImageToWidth(const Picture& picture, int width, bool downOnly, int 
                           const Background& background);
 Picture scaleImageToHeight(const Picture& picture, int height, bool downOnly, int interpolation,
                            const Background& background);
-Picture scaleImageToFit(const Picture& picture, SizeF box, bool downOnly, bool flipForPortrait, int interpolation,
-                        const Background& background);
+Picture scaleImageToFit(const Picture& picture, SizeF box, bool downOnly, bool flipForPortrait,
+                        int interpolation, const Background& background);
 // Fit inside the box, then pad it to the box with the background.
-Picture scaleImageToFill(const Picture& picture, SizeF box, bool downOnly, bool flipForPortrait, int interpolation,
-                         const Background& background);
-Picture stretchImageToFit(const Picture& picture, SizeF box, bool downOnly, bool flipForPortrait, int interpolation,
-                          const Background& background);
+Picture scaleImageToFill(const Picture& picture, SizeF box, bool downOnly, bool flipForPortrait,
+                         int interpolation, const Background& background);
+Picture stretchImageToFit(const Picture& picture, SizeF box, bool downOnly, bool flipForPortrait,
+                          int interpolation, const Background& background);
 Picture cropImageToFit(const Picture& picture, SizeF box, int cropAreaPercentage, bool flipForPortrait,
                        int interpolation, const Background& background);
-Picture scaleImageByPercent(const Picture& picture, int percent, int interpolation, const Background& background);
+Picture scaleImageByPercent(const Picture& picture, int percent, int interpolation,
+                            const Background& background);
 
 // The status thumbnail: fit inside width x height, never enlarged, no flip,
 // no interpolation, transparent canvas.

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-using vips::VImage;
 using SizeMath::Layout;
 using SizeMath::RectF;
+using vips::VImage;
 
 namespace GeometryDrawing {
 
@@ -21,25 +21,34 @@ constexpr double Epsilon = 1e-3;
 
 int canvasSide(float side, const char* name) {
     if (!(side >= 1) || side > 10'000'000)
-        throw GeometryError(std::string("Cannot make a canvas ") + name + " of " + std::to_string(side) + " pixels");
+        throw GeometryError(std::string("Cannot make a canvas ") + name + " of " + std::to_string(side) +
+                            " pixels");
     return int(std::lround(side));
 }
 
-bool isWhole(double v) { return std::abs(v - std::round(v)) < Epsilon; }
+bool isWhole(double v) {
+    return std::abs(v - std::round(v)) < Epsilon;
+}
 
 vips::VInterpolate interpolator(int interpolation) {
     switch (interpolation) {
-    case 1: return vips::VInterpolate::new_from_name("nearest");
-    case 2: return vips::VInterpolate::new_from_name("bilinear");
-    default: return vips::VInterpolate::new_from_name("bicubic");
+    case 1:
+        return vips::VInterpolate::new_from_name("nearest");
+    case 2:
+        return vips::VInterpolate::new_from_name("bilinear");
+    default:
+        return vips::VInterpolate::new_from_name("bicubic");
     }
 }
 
 VipsKernel kernel(int interpolation) {
     switch (interpolation) {
-    case 1: return VIPS_KERNEL_NEAREST;
-    case 2: return VIPS_KERNEL_LINEAR;
-    default: return VIPS_KERNEL_LANCZOS3;
+    case 1:
+        return VIPS_KERNEL_NEAREST;
+    case 2:
+        return VIPS_KERNEL_LINEAR;
+    default:
+        return VIPS_KERNEL_LANCZOS3;
     }
 }
 
@@ -100,7 +109,7 @@ VImage resample(const VImage& premultiplied, double fx, double fy, double kx, do
     const int bw = std::max(1, int(right) - bx);
     const int bh = std::max(1, int(bottom) - by);
     VImage box = (bx == 0 && by == 0 && bw == iw && bh == ih) ? premultiplied
-                                                               : premultiplied.extract_area(bx, by, bw, bh);
+                                                              : premultiplied.extract_area(bx, by, bw, bh);
     const VImage resized =
         box.resize(kx, VImage::option()->set("vscale", ky)->set("kernel", kernel(interpolation)));
     const double ox = dx - (fx - bx) * kx;
@@ -127,7 +136,9 @@ VImage coverage(int length, double from, double to, bool horizontal) {
                       : VImage::new_matrix(1, length, cover.data(), length);
 }
 
-bool covers(double from, double to, int length) { return from <= Epsilon && to >= length - Epsilon; }
+bool covers(double from, double to, int length) {
+    return from <= Epsilon && to >= length - Epsilon;
+}
 
 } // namespace
 
@@ -155,7 +166,8 @@ Picture draw(const Picture& picture, const Layout& layout, int interpolation,
         // picture's bounds (a crop rectangle may reach beyond them).
         const double left = std::max({0.0, double(dst.x), dst.x - fx * kx});
         const double top = std::max({0.0, double(dst.y), dst.y - fy * ky});
-        const double right = std::min({double(cw), double(dst.x + dst.width), dst.x + (image.width() - fx) * kx});
+        const double right =
+            std::min({double(cw), double(dst.x + dst.width), dst.x + (image.width() - fx) * kx});
         const double bottom =
             std::min({double(ch), double(dst.y + dst.height), dst.y + (image.height() - fy) * ky});
         const bool fillsCanvas = drawsSomething && covers(left, right, cw) && covers(top, bottom, ch);
@@ -169,8 +181,8 @@ Picture draw(const Picture& picture, const Layout& layout, int interpolation,
                            : VImage::black(cw, ch, VImage::option()->set("bands", 4));
 
         if (opaque && fillsCanvas)
-            return Picture{drawn.copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB)), double(cw),
-                           double(ch), true};
+            return Picture{drawn.copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB)),
+                           double(cw), double(ch), true};
 
         if (drawsSomething && !fillsCanvas) {
             const VImage mask =

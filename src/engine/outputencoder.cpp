@@ -160,9 +160,12 @@ QByteArray dataForImage(const Picture& picture, int format, int resolution, int 
     case FileFormat::Jpeg:
         return searchJpegQuality([&](int q) { return jpegDataForImage(picture, resolution, q); }, quality,
                                  byteLimit, log);
-    case FileFormat::Png: return pngDataForImage(picture, resolution);
-    case FileFormat::Tiff: return tiffDataForImage(picture, resolution);
-    default: return {};
+    case FileFormat::Png:
+        return pngDataForImage(picture, resolution);
+    case FileFormat::Tiff:
+        return tiffDataForImage(picture, resolution);
+    default:
+        return {};
     }
 }
 

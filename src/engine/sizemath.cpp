@@ -4,15 +4,25 @@
 
 namespace SizeMath {
 
-bool isPortrait(float width, float height) { return height > width; }
+bool isPortrait(float width, float height) {
+    return height > width;
+}
 
-SizeF flipRatio(SizeF size) { return {size.height, size.width}; }
+SizeF flipRatio(SizeF size) {
+    return {size.height, size.width};
+}
 
-float aspectRatio(float width, float height) { return width / height; }
+float aspectRatio(float width, float height) {
+    return width / height;
+}
 
-float roundHalfAway(float value) { return std::round(value); }
+float roundHalfAway(float value) {
+    return std::round(value);
+}
 
-double roundHalfAway(double value) { return std::round(value); }
+double roundHalfAway(double value) {
+    return std::round(value);
+}
 
 SizeF targetBox(SizeF picture, SizeF box, bool flipForPortrait) {
     return flipForPortrait && isPortrait(picture.width, picture.height) ? flipRatio(box) : box;
@@ -24,7 +34,9 @@ Layout wholeCanvas(SizeF picture, SizeF canvas) {
     return {canvas, {0, 0, picture.width, picture.height}, {0, 0, canvas.width, canvas.height}, false};
 }
 
-bool coversPicture(SizeF picture, SizeF box) { return box.width >= picture.width && box.height >= picture.height; }
+bool coversPicture(SizeF picture, SizeF box) {
+    return box.width >= picture.width && box.height >= picture.height;
+}
 
 } // namespace
 

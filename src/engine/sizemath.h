@@ -1,8 +1,8 @@
 #pragma once
 
 // Size arithmetic of the sizing modes, kept apart from the pixels so that the
-// rounding can be checked on its own. Everything is single precision, as the
-// rules are written for, except the percentage mode, which works in double.
+// rounding can be checked on its own. Everything is single precision except
+// the percentage mode, which works in double; results depend on it.
 namespace SizeMath {
 
 struct SizeF {

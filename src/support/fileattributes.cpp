@@ -20,7 +20,9 @@ SystemCalls& systemCalls() {
             return ::getxattr(path, name, value, size);
         },
         [](const char* path, const char* name) { return ::removexattr(path, name); },
-        [](const char* path, const struct timespec times[2]) { return ::utimensat(AT_FDCWD, path, times, 0); },
+        [](const char* path, const struct timespec times[2]) {
+            return ::utimensat(AT_FDCWD, path, times, 0);
+        },
     };
     return calls;
 }
@@ -29,7 +31,9 @@ namespace {
 
 // A file system without extended attributes keeps none of them; that is no
 // failure, the attributes simply do not exist there.
-bool unsupported(int error) { return error == ENOTSUP || error == EOPNOTSUPP; }
+bool unsupported(int error) {
+    return error == ENOTSUP || error == EOPNOTSUPP;
+}
 
 bool setAttribute(const QByteArray& path, const char* name, const QByteArray& value) {
     if (systemCalls().setxattr(path.constData(), name, value.constData(), std::size_t(value.size())) == 0)
@@ -64,14 +68,20 @@ std::uint32_t codeFromBytes(const QByteArray& bytes) {
 
 } // namespace
 
-QString fourCharString(std::uint32_t code) { return QString::fromLatin1(codeBytes(code)); }
+QString fourCharString(std::uint32_t code) {
+    return QString::fromLatin1(codeBytes(code));
+}
 
 std::uint32_t typeCodeForFormat(int format) {
     switch (format) {
-    case FileFormat::Jpeg: return fourCharCode("JPEG");
-    case FileFormat::Png: return fourCharCode("PNGf");
-    case FileFormat::Tiff: return fourCharCode("TIFF");
-    default: return 0;
+    case FileFormat::Jpeg:
+        return fourCharCode("JPEG");
+    case FileFormat::Png:
+        return fourCharCode("PNGf");
+    case FileFormat::Tiff:
+        return fourCharCode("TIFF");
+    default:
+        return 0;
     }
 }
 
@@ -89,7 +99,8 @@ bool setAttributes(const QString& path, std::uint32_t creator, int format, bool 
     if (creator != 0) {
         ok = setAttribute(file, CreatorAttribute, codeBytes(creator)) && ok;
         const std::uint32_t type = typeCodeForFormat(format);
-        ok = (type != 0 ? setAttribute(file, TypeAttribute, codeBytes(type)) : removeAttribute(file, TypeAttribute)) &&
+        ok = (type != 0 ? setAttribute(file, TypeAttribute, codeBytes(type))
+                        : removeAttribute(file, TypeAttribute)) &&
              ok;
     }
     if (hideExtension)
@@ -101,18 +112,25 @@ bool setAttributes(const QString& path, std::uint32_t creator, int format, bool 
         if (modificationDate.isValid()) {
             const qint64 ms = modificationDate.toMSecsSinceEpoch();
             const qint64 seconds = ms >= 0 ? ms / 1000 : -((-ms + 999) / 1000);
-            const struct timespec times[2] = {{0, UTIME_OMIT}, {time_t(seconds), long((ms - seconds * 1000) * 1000000)}};
+            const struct timespec times[2] = {{0, UTIME_OMIT},
+                                              {time_t(seconds), long((ms - seconds * 1000) * 1000000)}};
             ok = systemCalls().utimensat(file.constData(), times) == 0 && ok;
         }
     }
     return ok;
 }
 
-std::uint32_t typeCode(const QString& path) { return codeFromBytes(attribute(path, TypeAttribute)); }
+std::uint32_t typeCode(const QString& path) {
+    return codeFromBytes(attribute(path, TypeAttribute));
+}
 
-std::uint32_t creatorCode(const QString& path) { return codeFromBytes(attribute(path, CreatorAttribute)); }
+std::uint32_t creatorCode(const QString& path) {
+    return codeFromBytes(attribute(path, CreatorAttribute));
+}
 
-bool extensionHidden(const QString& path) { return attribute(path, HiddenExtensionAttribute) == "1"; }
+bool extensionHidden(const QString& path) {
+    return attribute(path, HiddenExtensionAttribute) == "1";
+}
 
 QDateTime creationDate(const QString& path) {
     const QByteArray text = attribute(path, CreationDateAttribute);

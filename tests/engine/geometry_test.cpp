@@ -24,9 +24,10 @@ void expectPixel(const VImage& image, int x, int y, Rgba rgba, double tolerance 
 // Red, green / blue, white quadrants.
 Picture quadrants(int w, int h) {
     const int hw = w / 2, hh = h / 2;
-    const VImage top = solidImage(hw, hh, 255, 0, 0).join(solidImage(w - hw, hh, 0, 255, 0), VIPS_DIRECTION_HORIZONTAL);
-    const VImage bottom = solidImage(hw, h - hh, 0, 0, 255).join(solidImage(w - hw, h - hh, 255, 255, 255),
-                                                                  VIPS_DIRECTION_HORIZONTAL);
+    const VImage top =
+        solidImage(hw, hh, 255, 0, 0).join(solidImage(w - hw, hh, 0, 255, 0), VIPS_DIRECTION_HORIZONTAL);
+    const VImage bottom = solidImage(hw, h - hh, 0, 0, 255)
+                              .join(solidImage(w - hw, h - hh, 255, 255, 255), VIPS_DIRECTION_HORIZONTAL);
     return Picture{top.join(bottom, VIPS_DIRECTION_VERTICAL), double(w), double(h), true};
 }
 
@@ -50,14 +51,15 @@ TEST(Geometry, AutomaticRotationFollowsOrientation) {
     const Picture picture = quadrants(30, 20);
     for (const auto& [orientation, width] : {std::pair{6, 20}, {8, 20}, {3, 30}, {1, 30}, {5, 30}}) {
         bool autoRotated = false;
-        const Picture out = Geometry::processImage(picture, [o = orientation] { return o; }, Rotation::Automatic,
-                                                   autoRotated, ScaleType::None, 0, 0, 0, false, 3, false, 0, {});
+        const Picture out =
+            Geometry::processImage(picture, [o = orientation] { return o; }, Rotation::Automatic, autoRotated,
+                                   ScaleType::None, 0, 0, 0, false, 3, false, 0, {});
         EXPECT_EQ(out.image.width(), width) << orientation;
         EXPECT_EQ(autoRotated, width == 20 || orientation == 3) << orientation;
     }
     bool autoRotated = true;
-    const Picture fixed = Geometry::processImage(picture, {}, Rotation::Clockwise, autoRotated, ScaleType::Fit, 10,
-                                                 10, 0, false, 3, false, 0, {});
+    const Picture fixed = Geometry::processImage(picture, {}, Rotation::Clockwise, autoRotated,
+                                                 ScaleType::Fit, 10, 10, 0, false, 3, false, 0, {});
     EXPECT_FALSE(autoRotated);
     EXPECT_EQ(fixed.image.width(), 7);
 }
@@ -73,8 +75,11 @@ TEST_P(GeometryFill, PlacesPictureAtFractionalOffset) {
     const Picture out = Geometry::scaleImageToFill(red, {80, 80}, false, false, 3, blue);
     ASSERT_EQ(out.image.width(), 80);
     ASSERT_EQ(out.image.height(), 80);
-    for (const auto& [y, colour] : {std::pair{12, Rgba{0, 0, 255, 255}}, {13, Rgba{128, 0, 128, 255}},
-                                    {14, Rgba{255, 0, 0, 255}}, {66, Rgba{128, 0, 128, 255}}, {67, Rgba{0, 0, 255, 255}}})
+    for (const auto& [y, colour] : {std::pair{12, Rgba{0, 0, 255, 255}},
+                                    {13, Rgba{128, 0, 128, 255}},
+                                    {14, Rgba{255, 0, 0, 255}},
+                                    {66, Rgba{128, 0, 128, 255}},
+                                    {67, Rgba{0, 0, 255, 255}}})
         expectPixel(out.image, 40, y, colour);
     // Transparent bands; the edge rows keep the colour at half coverage.
     const Picture clear = Geometry::scaleImageToFill(red, {80, 80}, false, false, 3, std::nullopt);
@@ -82,10 +87,12 @@ TEST_P(GeometryFill, PlacesPictureAtFractionalOffset) {
     expectPixel(clear.image, 40, 13, {255, 0, 0, 128});
 }
 
-INSTANTIATE_TEST_SUITE_P(SizesAndHint, GeometryFill, ::testing::Combine(::testing::Values(300, 30), ::testing::Bool()));
+INSTANTIATE_TEST_SUITE_P(SizesAndHint, GeometryFill,
+                         ::testing::Combine(::testing::Values(300, 30), ::testing::Bool()));
 
 TEST(Geometry, CropTakesCentredRectangle) {
-    const Picture crop = Geometry::cropImageToFit(quadrants(300, 200), {100, 100}, 100, false, 3, std::nullopt);
+    const Picture crop =
+        Geometry::cropImageToFit(quadrants(300, 200), {100, 100}, 100, false, 3, std::nullopt);
     ASSERT_EQ(crop.image.width(), 100);
     expectPixel(crop.image, 10, 10, {255, 0, 0, 255});
     expectPixel(crop.image, 90, 90, {255, 255, 255, 255});
@@ -106,7 +113,8 @@ TEST(Geometry, ReductionDoesNotAliasButNoneSamplesPoints) {
     }
     EXPECT_GT(std::abs(Geometry::scaleImageToWidth(stripes, 100, false, 1, {}).image[0].avg() - 127.5), 100);
     // Enlarged without interpolation, whole pixels repeat in place.
-    const VImage pair = solidImage(1, 1, 255, 0, 0).join(solidImage(1, 1, 0, 255, 0), VIPS_DIRECTION_HORIZONTAL);
+    const VImage pair =
+        solidImage(1, 1, 255, 0, 0).join(solidImage(1, 1, 0, 255, 0), VIPS_DIRECTION_HORIZONTAL);
     const VImage blocks = Geometry::scaleImageByPercent(Picture{pair, 2, 1, true}, 300, 1, {}).image;
     for (int x = 0; x < 6; ++x)
         expectPixel(blocks, x, 1, x < 3 ? Rgba{255, 0, 0, 255} : Rgba{0, 255, 0, 255}, 0);
@@ -114,13 +122,14 @@ TEST(Geometry, ReductionDoesNotAliasButNoneSamplesPoints) {
 
 TEST(Geometry, TransparencyBlendsWithoutDarkening) {
     // Transparent black beside opaque white, halved: the seam is white, part alpha.
-    const VImage half = solidImage(10, 10, 0, 0, 0, 0).join(solidImage(10, 10, 255, 255, 255), VIPS_DIRECTION_HORIZONTAL);
+    const VImage half =
+        solidImage(10, 10, 0, 0, 0, 0).join(solidImage(10, 10, 255, 255, 255), VIPS_DIRECTION_HORIZONTAL);
     const Rgba seam = pixelAt(Geometry::scaleImageByPercent(Picture{half, 20, 10}, 50, 2, {}).image, 5, 2);
     EXPECT_GT(seam[3], 10);
     EXPECT_NEAR(seam[0], 255, 3);
     // Half-transparent red over white is opaque pink; a down-only copy too.
-    const Picture pink = Geometry::scaleImageToFit(testsupport::solidPicture(4, 4, 255, 0, 0, 128), {40, 40}, true,
-                                                   false, 3, RgbaColor::white());
+    const Picture pink = Geometry::scaleImageToFit(testsupport::solidPicture(4, 4, 255, 0, 0, 128), {40, 40},
+                                                   true, false, 3, RgbaColor::white());
     EXPECT_EQ(pink.image.width(), 4);
     EXPECT_TRUE(pink.opaque);
     expectPixel(pink.image, 1, 1, {255, 127, 127, 255}, 1);
@@ -151,7 +160,8 @@ TEST(Geometry, ImpossibleCanvasIsAnError) {
     EXPECT_THROW(Geometry::stretchImageToFit(picture, {200000, 200000}, false, false, 3, {}), GeometryError);
     EXPECT_THROW(Geometry::copyImage(Picture{}, {}), GeometryError);
     // A 0 % crop draws nothing: only background.
-    expectPixel(Geometry::cropImageToFit(picture, {10, 10}, 0, false, 3, blue).image, 5, 5, {0, 0, 255, 255}, 0);
+    expectPixel(Geometry::cropImageToFit(picture, {10, 10}, 0, false, 3, blue).image, 5, 5, {0, 0, 255, 255},
+                0);
 }
 
 TEST(Geometry, CameraPictureKeepsItsLook) {

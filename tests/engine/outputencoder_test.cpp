@@ -14,7 +14,7 @@ namespace {
 constexpr qint64 KB = 1024;
 
 class RecordingLog : public ActivityLog {
-public:
+  public:
     void writeActivity(const QString& line) override { lines << line; }
     void writeWarningActivity(const QString& line) override { lines << "WARNING" + line; }
     QStringList lines;
@@ -38,12 +38,13 @@ TEST_P(NextFactor, StepsDownByHowFarOff) {
 }
 
 // Every bound is strict: exactly 3, 1.75 or 1.05 falls to the next rule.
-INSTANTIATE_TEST_SUITE_P(Ratios, NextFactor,
-                         ::testing::Values(StepCase{900 * KB, 200 * KB, 90, 40}, StepCase{700 * KB, 200 * KB, 70, 30},
-                                           StepCase{700 * KB, 200 * KB, 50, 20}, StepCase{600 * KB, 200 * KB, 90, 70},
-                                           StepCase{350 * KB, 200 * KB, 90, 80}, StepCase{210 * KB, 200 * KB, 90, 85},
-                                           StepCase{211 * KB, 200 * KB, 90, 80}, StepCase{100 * KB, 200 * KB, 90, 85},
-                                           StepCase{900 * KB, 0, 90, 90}));
+INSTANTIATE_TEST_SUITE_P(
+    Ratios, NextFactor,
+    ::testing::Values(StepCase{900 * KB, 200 * KB, 90, 40}, StepCase{700 * KB, 200 * KB, 70, 30},
+                      StepCase{700 * KB, 200 * KB, 50, 20}, StepCase{600 * KB, 200 * KB, 90, 70},
+                      StepCase{350 * KB, 200 * KB, 90, 80}, StepCase{210 * KB, 200 * KB, 90, 85},
+                      StepCase{211 * KB, 200 * KB, 90, 80}, StepCase{100 * KB, 200 * KB, 90, 85},
+                      StepCase{900 * KB, 0, 90, 90}));
 
 // Runs the search over an encoder giving sizeAt(q) bytes; returns the qualities tried.
 QList<int> search(std::function<qint64(int)> sizeAt, int quality, qint64 limit, RecordingLog& log,
@@ -59,7 +60,8 @@ QList<int> search(std::function<qint64(int)> sizeAt, int quality, qint64 limit, 
 TEST(OutputEncoder, SizeSearchLogsTheNextQualityNotTheKeptOne) {
     RecordingLog log;
     qint64 kept = 0;
-    EXPECT_EQ(search([](int q) { return q >= 90 ? 900 * KB : 190 * KB; }, 90, 200 * KB, log, &kept), (QList<int>{90, 40}));
+    EXPECT_EQ(search([](int q) { return q >= 90 ? 900 * KB : 190 * KB; }, 90, 200 * KB, log, &kept),
+              (QList<int>{90, 40}));
     EXPECT_EQ(kept, 190 * KB);
     EXPECT_EQ(log.lines, QStringList{"\tJPEG quality: 35\n"});
 
@@ -67,10 +69,12 @@ TEST(OutputEncoder, SizeSearchLogsTheNextQualityNotTheKeptOne) {
     RecordingLog stuck;
     EXPECT_EQ(search([](int) { return 300 * KB; }, 10, 200 * KB, stuck, &kept), QList<int>{10});
     EXPECT_EQ(kept, 300 * KB);
-    EXPECT_EQ(stuck.lines, (QStringList{"\tJPEG quality: 0\n", "WARNING\tUnable to make file size under 200 KB\n"}));
+    EXPECT_EQ(stuck.lines,
+              (QStringList{"\tJPEG quality: 0\n", "WARNING\tUnable to make file size under 200 KB\n"}));
     // ... even when that last try fits.
     RecordingLog fits;
-    EXPECT_EQ(search([](int q) { return q > 5 ? 250 * KB : 100 * KB; }, 15, 200 * KB, fits), (QList<int>{15, 5}));
+    EXPECT_EQ(search([](int q) { return q > 5 ? 250 * KB : 100 * KB; }, 15, 200 * KB, fits),
+              (QList<int>{15, 5}));
     EXPECT_EQ(fits.lines.size(), 2);
 
     RecordingLog unlimited;
@@ -118,7 +122,8 @@ INSTANTIATE_TEST_SUITE_P(Formats, EncodedFormat,
 
 TEST(OutputEncoder, TransparencySurvivesPngAndUncompressedTiff) {
     const Picture clear = testsupport::solidPicture(20, 20, 255, 0, 0, 100);
-    for (const QByteArray& bytes : {OutputEncoder::pngDataForImage(clear, 72), OutputEncoder::tiffDataForImage(clear, 72)})
+    for (const QByteArray& bytes :
+         {OutputEncoder::pngDataForImage(clear, 72), OutputEncoder::tiffDataForImage(clear, 72)})
         EXPECT_EQ(testsupport::pixelAt(decode(bytes), 5, 5), (std::vector<double>{255, 0, 0, 100}));
     EXPECT_GE(OutputEncoder::tiffDataForImage(clear, 72).size(), 20 * 20 * 4);
 }
@@ -126,7 +131,8 @@ TEST(OutputEncoder, TransparencySurvivesPngAndUncompressedTiff) {
 TEST(OutputEncoder, BrokenInputGivesNoBytes) {
     NullActivityLog log;
     EXPECT_TRUE(OutputEncoder::dataForImage(Picture{}, FileFormat::Jpeg, 72, 80, 0, log).isEmpty());
-    EXPECT_TRUE(OutputEncoder::dataForImage(testsupport::solidPicture(4, 4, 0, 0, 0), 104, 72, 80, 0, log).isEmpty());
+    EXPECT_TRUE(
+        OutputEncoder::dataForImage(testsupport::solidPicture(4, 4, 0, 0, 0), 104, 72, 80, 0, log).isEmpty());
     // A damaged JPEG opens, and only fails in the encoder when its pixels are needed.
     QString path;
     QUILLET_SAMPLE_OR_SKIP(path, "corrupted.jpg");

@@ -16,12 +16,14 @@ using vips::VImage;
 namespace {
 
 class CustomIconTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         saved = qgetenv("XDG_CACHE_HOME");
         qputenv("XDG_CACHE_HOME", cache.path().toLocal8Bit());
     }
-    void TearDown() override { saved.isNull() ? qunsetenv("XDG_CACHE_HOME") : qputenv("XDG_CACHE_HOME", saved); }
+    void TearDown() override {
+        saved.isNull() ? qunsetenv("XDG_CACHE_HOME") : qputenv("XDG_CACHE_HOME", saved);
+    }
 
     QString writeJpeg(const QString& name, int w, int h) {
         const QString path = files.filePath(name);
@@ -37,7 +39,8 @@ protected:
         gchar** fields = vips_image_get_fields(png.get_image());
         for (gchar** f = fields; *f; ++f) {
             const std::string field = *f;
-            if (const auto key = field.find("-Thumb::"); field.rfind("png-comment-", 0) == 0 && key != std::string::npos)
+            if (const auto key = field.find("-Thumb::");
+                field.rfind("png-comment-", 0) == 0 && key != std::string::npos)
                 out[field.substr(key + 1)] = png.get_string(*f);
         }
         g_strfreev(fields);
@@ -54,7 +57,8 @@ TEST_F(CustomIconTest, WritesBothSizesTaggedWithUriAndMTime) {
     // Named by the MD5 of the percent-encoded URI.
     const QByteArray uri = "file://" + QFileInfo(path).absolutePath().toUtf8() + "/holiday%20in%20%C3%A9.jpg";
     EXPECT_EQ(CustomIcon::thumbnailPath(path, 128),
-              cache.path() + "/thumbnails/normal/" + QCryptographicHash::hash(uri, QCryptographicHash::Md5).toHex() + ".png");
+              cache.path() + "/thumbnails/normal/" +
+                  QCryptographicHash::hash(uri, QCryptographicHash::Md5).toHex() + ".png");
 
     for (const auto& [size, height] : {std::pair{128, 85}, {256, 171}}) {
         const QString file = CustomIcon::thumbnailPath(path, size);
@@ -75,7 +79,8 @@ TEST_F(CustomIconTest, WritesBothSizesTaggedWithUriAndMTime) {
 TEST_F(CustomIconTest, SmallPictureIsNotEnlargedAndFailuresAreQuiet) {
     const QString small = writeJpeg("small.jpg", 40, 30);
     ASSERT_TRUE(CustomIcon::setForFile(small));
-    EXPECT_EQ(VImage::new_from_file(CustomIcon::thumbnailPath(small, 256).toLocal8Bit().constData()).width(), 40);
+    EXPECT_EQ(VImage::new_from_file(CustomIcon::thumbnailPath(small, 256).toLocal8Bit().constData()).width(),
+              40);
 
     const QString text = files.filePath("notes.jpg");
     ASSERT_TRUE(testsupport::writeFile(text, "not a picture"));

@@ -1,5 +1,5 @@
-#include "support/fileattributes.h"
 #include "settings/processingparams.h"
+#include "support/fileattributes.h"
 
 #include "testsupport.h"
 
@@ -18,7 +18,7 @@ namespace {
 const QDateTime taken(QDate(2021, 6, 5), QTime(14, 30, 15), QTimeZone(3600));
 
 class FileAttributesTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         path = dir.filePath("picture.jpg");
         ASSERT_TRUE(testsupport::writeFile(path, "bytes"));
@@ -78,7 +78,8 @@ TEST_F(FileAttributesTest, ReportsFailuresButNotMissingSupport) {
     EXPECT_FALSE(setAttributes(path, 0, FileFormat::Jpeg, false, taken, taken));
 
     systemCalls() = saved;
-    EXPECT_FALSE(setAttributes(dir.filePath("missing.jpg"), fourCharCode("KVQL"), FileFormat::Jpeg, true, {}, {}));
+    EXPECT_FALSE(
+        setAttributes(dir.filePath("missing.jpg"), fourCharCode("KVQL"), FileFormat::Jpeg, true, {}, {}));
 }
 
 } // namespace
