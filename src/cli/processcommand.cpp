@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <malloc.h>
 #include <unistd.h>
 
 namespace {
@@ -60,6 +61,13 @@ int runProcess(const QStringList& args) {
     if (!request.logFile.isEmpty() && !shell.openLogFile(request.logFile))
         return usageError(QStringLiteral("cannot write the log file '%1'").arg(request.logFile));
 
+    // Every picture is read once: libvips's operation cache would only keep
+    // decoded pictures alive after their file is done.
+    vips_cache_set_max(0);
+    // glibc gives every thread its own heap; with libvips's threads that
+    // leaves freed picture memory scattered and the process larger than its
+    // pictures. Two heaps keep the peak near what is really in use.
+    mallopt(M_ARENA_MAX, 2);
     if (request.options.parallel) {
         // The batch already keeps every core busy with a picture of its own;
         // libvips threads inside each picture would only contend with them.

@@ -3,26 +3,85 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
+
+#include <cerrno>
+#include <utility>
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 bool BatchFileSystem::makePath(const QString& dir) {
     return QDir().mkpath(dir) && QFileInfo(dir).isDir();
 }
 
+namespace {
+
+// Closes a descriptor and removes the temporary file unless released.
+class PendingFile {
+public:
+    PendingFile(int fd, QByteArray path) : m_fd(fd), m_path(std::move(path)) {}
+    ~PendingFile() {
+        if (m_fd >= 0)
+            ::close(m_fd);
+        if (!m_path.isEmpty())
+            ::unlink(m_path.constData());
+    }
+    PendingFile(const PendingFile&) = delete;
+    PendingFile& operator=(const PendingFile&) = delete;
+
+    int fd() const { return m_fd; }
+    bool close() {
+        const int fd = std::exchange(m_fd, -1);
+        return ::close(fd) == 0;
+    }
+    void release() { m_path.clear(); }
+
+private:
+    int m_fd;
+    QByteArray m_path;
+};
+
+// New files get the permissions a plain create would give them.
+mode_t createMode() {
+    static const mode_t mode = [] {
+        const mode_t mask = ::umask(0);
+        ::umask(mask);
+        return mode_t(0666 & ~mask);
+    }();
+    return mode;
+}
+
+} // namespace
+
 bool BatchFileSystem::writeAtomically(const QString& path, const QByteArray& bytes) {
     if (bytes.isEmpty())
         return false;
-    QSaveFile file(path);
-    // QSaveFile would otherwise write straight into a read-only folder's
-    // existing file in place; we want all-or-nothing.
-    file.setDirectWriteFallback(false);
-    if (!file.open(QIODevice::WriteOnly))
+    // A temporary file beside the target, then a rename: the path holds the
+    // old file or the whole new one, never a part. No fsync: a batch writes
+    // thousands of files and a crash leaves at worst an old output.
+    const QFileInfo target(path);
+    QByteArray temporary =
+        QFile::encodeName(target.path() + QStringLiteral("/.") + target.fileName() + QStringLiteral(".XXXXXX"));
+    const int fd = ::mkstemp(temporary.data());
+    if (fd < 0)
         return false;
-    if (file.write(bytes) != bytes.size()) {
-        file.cancelWriting();
-        return false;
+    PendingFile file(fd, temporary);
+    ::fchmod(fd, createMode());
+    qsizetype written = 0;
+    while (written < bytes.size()) {
+        const ssize_t n = ::write(fd, bytes.constData() + written, size_t(bytes.size() - written));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return false;
+        written += n;
     }
-    return file.commit();
+    if (!file.close() || ::rename(temporary.constData(), QFile::encodeName(path).constData()) != 0)
+        return false;
+    file.release();
+    return true;
 }
 
 bool BatchFileSystem::copyFile(const QString& source, const QString& destination) {

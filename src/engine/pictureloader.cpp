@@ -74,15 +74,20 @@ PictureLoader::Result PictureLoader::load(const QString& path, int shrink) {
         return result;
     }
     try {
-        auto options = vips::VImage::option()->set("access", VIPS_ACCESS_RANDOM);
+        // Streamed straight into one memory image: the loader keeps no buffer
+        // of its own, and the rotations read the copy in any order.
+        auto options = vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL);
         if (header->isJpeg && (shrink == 2 || shrink == 4 || shrink == 8))
             options->set("shrink", shrink);
         vips::VImage image = vips::VImage::new_from_file(QFile::encodeName(path).constData(), options);
         // Decode now, once: a corrupt file is caught here rather than halfway
         // through encoding, and geometry, watermarks and the status thumbnail
-        // all read the same pixels.
-        image = normalise(image).copy_memory();
-        result.picture = Picture{image, double(header->width), double(header->height)};
+        // all read the same pixels. The file's own bands are kept (a JPEG's
+        // three take a quarter less than four); the conversion runs on demand.
+        image = image.copy_memory();
+        // Pictures without alpha let geometry skip premultiplying.
+        const bool opaque = !vips_image_hasalpha(image.get_image());
+        result.picture = Picture{normalise(image), double(header->width), double(header->height), opaque};
         result.status = Status::Loaded;
     } catch (const vips::VError&) {
         vips_error_clear();
