@@ -4,6 +4,7 @@
 
 #include <QDateTime>
 #include <QString>
+#include <QVariantMap>
 
 #include <optional>
 
@@ -50,6 +51,10 @@ public:
     // decoded (for listings that never show one).
     static std::optional<KVImageInfo> fromFile(const QString& path, bool fallbackOnFile = true,
                                                bool makeThumbnail = true);
+    // initWithIphotoInfo:. The record of the "ImagePath" file, with the
+    // dictionary's "Caption" and "Comment"; an empty record without a path,
+    // nothing when the file gives no record.
+    static std::optional<KVImageInfo> fromIphotoInfo(const QVariantMap& info);
     // initWithCreationDate:. A record holding only the capture date.
     static KVImageInfo withCreationDate(const QDateTime& date);
 
@@ -99,6 +104,7 @@ public:
 
     // Inspector column comparisons: -1 ascending, 0 same, 1 descending.
     int compareName(const KVImageInfo& other) const;
+    int compareThumbnailedname(const KVImageInfo& other) const { return compareName(other); }
     int compareKind(const KVImageInfo& other) const;
     int compareWidth(const KVImageInfo& other) const;
     int compareHeight(const KVImageInfo& other) const;

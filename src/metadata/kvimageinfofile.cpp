@@ -107,6 +107,18 @@ std::optional<KVImageInfo> KVImageInfo::fromFile(const QString& path, bool fallb
     return KVImageInfo(std::move(data));
 }
 
+std::optional<KVImageInfo> KVImageInfo::fromIphotoInfo(const QVariantMap& dictionary) {
+    const QString path = dictionary.value(QStringLiteral("ImagePath")).toString();
+    if (path.isEmpty())
+        return KVImageInfo();
+    std::optional<KVImageInfo> info = fromFile(path);
+    if (info) {
+        info->m_data.caption = dictionary.value(QStringLiteral("Caption")).toString();
+        info->setComment(dictionary.value(QStringLiteral("Comment")).toString());
+    }
+    return info;
+}
+
 int KVImageInfo::copyInfoFromPath(const QString& source, const QString& destination) {
     JpegContext ctx;
     return copyExif(ctx, QFile::encodeName(source).constData(), QFile::encodeName(destination).constData());

@@ -42,7 +42,9 @@ std::optional<vips::VImage> forcedThumbnail(const vips::VImage& header,
                                                 ->set("height", size->second)
                                                 ->set("size", VIPS_SIZE_FORCE)
                                                 ->set("no_rotate", true)));
-    return exactSize(toRgba(thumb), size->first, size->second);
+    // Decoded here, inside the caller's try: a damaged file must fail now,
+    // not later in whoever draws the thumbnail.
+    return exactSize(toRgba(thumb), size->first, size->second).copy_memory();
 }
 
 } // namespace
@@ -72,7 +74,7 @@ std::optional<vips::VImage> scaleImageToFit(const vips::VImage& image, int boxWi
                         vips::VImage::option()->set("vscale", double(size->second) / image.height()))
                 .unpremultiply()
                 .cast(VIPS_FORMAT_UCHAR);
-        return exactSize(scaled, size->first, size->second);
+        return exactSize(scaled, size->first, size->second).copy_memory();
     } catch (const vips::VError&) {
         return std::nullopt;
     }
