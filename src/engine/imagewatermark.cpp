@@ -17,7 +17,8 @@ std::optional<Picture> initWatermark(const QString& path) {
     if (bytes.isEmpty())
         return std::nullopt;
     try {
-        const vips::VImage decoded = vips::VImage::new_from_buffer(bytes.constData(), size_t(bytes.size()), "");
+        const vips::VImage decoded =
+            vips::VImage::new_from_buffer(bytes.constData(), size_t(bytes.size()), "");
         // Decode now, while the bytes are alive, and keep the pixels: the
         // watermark is drawn over every picture of the batch.
         const vips::VImage pixels = watermarkoverlay::toRgba8(decoded).copy_memory();
@@ -27,7 +28,8 @@ std::optional<Picture> initWatermark(const QString& path) {
     }
 }
 
-QPointF watermarkOrigin(double pictureWidth, double pictureHeight, double width, double height, int location) {
+QPointF watermarkOrigin(double pictureWidth, double pictureHeight, double width, double height,
+                        int location) {
     const double right = pictureWidth - width;
     const double top = pictureHeight - height;
     switch (location) {

@@ -14,7 +14,9 @@ constexpr double kMargin = 10;
 
 // A shadow's blur radius is read as two standard deviations of the Gaussian
 // that spreads it, the usual meaning in desktop drawing libraries.
-double blurSigma(double radius) { return radius / 2; }
+double blurSigma(double radius) {
+    return radius / 2;
+}
 
 void drawShadow(VImage& pixels, const VImage& mask, const TextShadow& shadow, double left, double top) {
     const double sigma = blurSigma(shadow.blurRadius);
@@ -59,8 +61,8 @@ TextBarLayout drawAttributedStrings(const StyledTexts& styled, Picture& image, c
             const double top = baseline - run.mask.height();
             if (text.style.shadow)
                 drawShadow(pixels, run.mask, *text.style.shadow, left, top);
-            watermarkoverlay::drawOver(pixels, watermarkoverlay::layerFromMask(run.mask, text.style.color), left,
-                                       top);
+            watermarkoverlay::drawOver(pixels, watermarkoverlay::layerFromMask(run.mask, text.style.color),
+                                       left, top);
         }
         x += text.width + spacing;
     }
@@ -79,7 +81,8 @@ TextBarLayout drawStrings(const QStringList& texts, Picture& image, int sizeInde
         const int startSize = startFontSize(image.image.height(), sizeIndex);
         const StyledTexts styled = fitStrings(texts, startSize, width, textWatermarkStyle(style));
         const qsizetype count = texts.size();
-        const double spacing = count > 1 ? double(width - styled.totalWidth - 2 * kMargin) / double(count - 1) : 0;
+        const double spacing =
+            count > 1 ? double(width - styled.totalWidth - 2 * kMargin) / double(count - 1) : 0;
         return drawAttributedStrings(styled, image, background, kMargin, spacing);
     } catch (const vips::VError& error) {
         throw WatermarkError(error.what());

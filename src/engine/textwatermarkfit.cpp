@@ -19,7 +19,8 @@ qint64 room(int pictureWidth, qsizetype count) {
 
 } // namespace
 
-StyledTexts attributedStringsForStrings(const QStringList& texts, int fontSize, const TextWatermarkStyle& style) {
+StyledTexts attributedStringsForStrings(const QStringList& texts, int fontSize,
+                                        const TextWatermarkStyle& style) {
     const TextWatermarkRenderer renderer(fontSize);
     StyledTexts styled;
     styled.fontSize = fontSize;
@@ -46,7 +47,8 @@ StyledTexts fitStringsStepByStep(const QStringList& texts, int startSize, int pi
     return styled;
 }
 
-StyledTexts fitStrings(const QStringList& texts, int startSize, int pictureWidth, const TextWatermarkStyle& style) {
+StyledTexts fitStrings(const QStringList& texts, int startSize, int pictureWidth,
+                       const TextWatermarkStyle& style) {
     StyledTexts styled = attributedStringsForStrings(texts, startSize, style);
     int next = startSize - 1;
     if (fitsAcross(styled, pictureWidth) || next < kLastSizeBelow)

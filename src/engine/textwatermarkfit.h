@@ -15,7 +15,8 @@ struct StyledTexts {
 
 // Renders every text at the font size in the style's colour, its shadow
 // attached for drawing (a shadow never adds to a width).
-StyledTexts attributedStringsForStrings(const QStringList& texts, int fontSize, const TextWatermarkStyle& style);
+StyledTexts attributedStringsForStrings(const QStringList& texts, int fontSize,
+                                        const TextWatermarkStyle& style);
 
 // Whether the texts fit across a picture this wide: a 10-pixel margin at
 // each end and at least 10 pixels between neighbours.
@@ -26,7 +27,8 @@ bool fitsAcross(const StyledTexts& styled, int pictureWidth);
 // (a start of 5 or less is tried alone). Returns the texts at the size found.
 // Skips sizes that cannot fit judging by the width at the start size, and
 // gives the same size as fitStringsStepByStep.
-StyledTexts fitStrings(const QStringList& texts, int startSize, int pictureWidth, const TextWatermarkStyle& style);
+StyledTexts fitStrings(const QStringList& texts, int startSize, int pictureWidth,
+                       const TextWatermarkStyle& style);
 
 // The same search trying every size in turn; slow for big pictures.
 StyledTexts fitStringsStepByStep(const QStringList& texts, int startSize, int pictureWidth,

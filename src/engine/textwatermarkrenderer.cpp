@@ -24,7 +24,8 @@ QString fontDescription(int pixelSize) {
 QString oneLine(const QString& text) {
     QString line = text;
     for (QChar& c : line) {
-        if (c.category() == QChar::Other_Control || c == QChar::LineSeparator || c == QChar::ParagraphSeparator)
+        if (c.category() == QChar::Other_Control || c == QChar::LineSeparator ||
+            c == QChar::ParagraphSeparator)
             c = QLatin1Char(' ');
     }
     return line;

@@ -27,7 +27,7 @@ struct StyledText {
 // Renders texts in the watermark font at one pixel size with libvips (Pango),
 // so the widths used for the layout are those of the pixels drawn.
 class TextWatermarkRenderer {
-public:
+  public:
     // Sizes below 1 give the desktop's standard text size, 13 pixels.
     explicit TextWatermarkRenderer(int fontSize);
 
@@ -39,7 +39,7 @@ public:
     // wide for one rendering surface is rendered in runs.
     StyledText render(const QString& text, const TextWatermarkStyle& style) const;
 
-private:
+  private:
     void renderRuns(const QString& text, StyledText& out) const;
     vips::VImage renderMarkup(const QString& markup) const;
 

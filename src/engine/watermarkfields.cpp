@@ -10,7 +10,8 @@ namespace {
 // printf's "%.*f" without its locale: a German desktop must still get "1.5MB".
 QString fixed(double value, int decimals) {
     char buffer[64];
-    const auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, decimals);
+    const auto result =
+        std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, decimals);
     if (result.ec != std::errc())
         return QString();
     return QString::fromLatin1(buffer, int(result.ptr - buffer));

@@ -75,7 +75,8 @@ VImage layerFromMask(const VImage& mask, const RgbaColor& color) {
 }
 
 VImage solidLayer(int width, int height, const RgbaColor& color) {
-    const VImage cover = VImage::black(std::max(width, 1), std::max(height, 1)).cast(VIPS_FORMAT_FLOAT) + 255.0;
+    const VImage cover =
+        VImage::black(std::max(width, 1), std::max(height, 1)).cast(VIPS_FORMAT_FLOAT) + 255.0;
     return layerFromMask(cover, color);
 }
 

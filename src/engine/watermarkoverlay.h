@@ -14,7 +14,7 @@
 // bleeding their (meaningless) colour into the picture.
 // A watermark that could not be drawn (libvips refused an operation).
 class WatermarkError : public std::runtime_error {
-public:
+  public:
     using std::runtime_error::runtime_error;
 };
 

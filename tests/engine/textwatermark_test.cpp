@@ -25,8 +25,9 @@ Plane plane(const vips::VImage& image, int band) {
     const vips::VImage one = image.extract_band(band).copy_memory();
     size_t size = 0;
     void* data = one.write_to_memory(&size);
-    Plane p{one.width(), one.height(), std::vector<unsigned char>(static_cast<unsigned char*>(data),
-                                                                  static_cast<unsigned char*>(data) + size)};
+    Plane p{one.width(), one.height(),
+            std::vector<unsigned char>(static_cast<unsigned char*>(data),
+                                       static_cast<unsigned char*>(data) + size)};
     g_free(data);
     return p;
 }
@@ -48,8 +49,7 @@ const QStringList kExif{QStringLiteral("Canon 40D"), QStringLiteral("1/250"), QS
 // ascender or descender but gets the same bar as any other text.
 TEST(TextWatermark, BarIsOnePointTwoLinesOfTheBackgroundColour) {
     Picture picture = solidPicture(300, 500, 0, 0, 255);
-    const TextBarLayout layout =
-        drawStrings({QStringLiteral("ooo")}, picture, 3, 2, RgbaColor{1, 0, 0, 1});
+    const TextBarLayout layout = drawStrings({QStringLiteral("ooo")}, picture, 3, 2, RgbaColor{1, 0, 0, 1});
     ASSERT_EQ(layout.fontSize, 19); // 500 x 0.037 = 18.5
     EXPECT_DOUBLE_EQ(layout.lineHeight, TextWatermarkRenderer(19).lineHeight());
     EXPECT_GE(layout.lineHeight, 19);
@@ -96,7 +96,8 @@ void expectSeparateTextsInside(int width, int height, const QStringList& texts, 
         const int from = std::max(0, int(layout.x[i]) - 2);
         const int to = std::min(width, int(std::ceil(layout.x[i] + layout.widths[i])) + 2);
         std::fill(slot.begin() + from, slot.begin() + to, true);
-        EXPECT_NE(std::find(ink.begin() + from, ink.begin() + to, true), ink.begin() + to) << "no ink for " << i;
+        EXPECT_NE(std::find(ink.begin() + from, ink.begin() + to, true), ink.begin() + to)
+            << "no ink for " << i;
     }
     for (int x = 0; x < width; ++x)
         EXPECT_FALSE(ink[size_t(x)] && !slot[size_t(x)]) << "stray ink at column " << x;
@@ -145,7 +146,9 @@ struct OddSize {
     int width, height;
 };
 
-void PrintTo(const OddSize& size, std::ostream* os) { *os << size.width << " x " << size.height; }
+void PrintTo(const OddSize& size, std::ostream* os) {
+    *os << size.width << " x " << size.height;
+}
 
 class OddPicture : public ::testing::TestWithParam<OddSize> {};
 

@@ -13,7 +13,7 @@ using testsupport::solidPicture;
 namespace {
 
 class RecordingLog : public ActivityLog {
-public:
+  public:
     void writeActivity(const QString& line) override { lines.append(line); }
     void writeWarningActivity(const QString& line) override { warnings.append(line); }
     QStringList lines, warnings;
@@ -23,7 +23,8 @@ public:
 void expectPixel(const Picture& picture, int x, int y, std::vector<double> rgba, double tolerance = 0) {
     const std::vector<double> actual = pixelAt(picture.image, x, y);
     for (size_t band = 0; band < 4; ++band)
-        EXPECT_NEAR(actual[band], rgba[band], tolerance) << "band " << band << " at (" << x << ", " << y << ")";
+        EXPECT_NEAR(actual[band], rgba[band], tolerance)
+            << "band " << band << " at (" << x << ", " << y << ")";
 }
 
 const std::vector<double> kRed{255, 0, 0, 255}, kBlue{0, 0, 255, 255}, kPurple{127.5, 0, 127.5, 255};
@@ -132,7 +133,10 @@ TEST(Watermark, LoadsPicturesAsRgbaAndRefusesTheRest) {
     expectPixel(*mark, 6, 4, {10, 20, 30, 40});
 
     const QString grey = dir.filePath(QStringLiteral("grey.jpg"));
-    vips::VImage::black(9, 4).linear(1, 128).cast(VIPS_FORMAT_UCHAR).write_to_file(grey.toLocal8Bit().constData());
+    vips::VImage::black(9, 4)
+        .linear(1, 128)
+        .cast(VIPS_FORMAT_UCHAR)
+        .write_to_file(grey.toLocal8Bit().constData());
     ASSERT_TRUE(initWatermark(grey));
     expectPixel(*initWatermark(grey), 1, 1, {128, 128, 128, 255}, 2);
 

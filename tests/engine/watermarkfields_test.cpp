@@ -10,7 +10,9 @@
 #include <functional>
 
 // Readable failures.
-void PrintTo(const QString& text, std::ostream* os) { *os << '"' << text.toStdString() << '"'; }
+void PrintTo(const QString& text, std::ostream* os) {
+    *os << '"' << text.toStdString() << '"';
+}
 
 namespace {
 
@@ -21,7 +23,9 @@ struct FieldCase {
     std::optional<QString> expected;
 };
 
-void PrintTo(const FieldCase& c, std::ostream* os) { *os << c.label; }
+void PrintTo(const FieldCase& c, std::ostream* os) {
+    *os << c.label;
+}
 
 class WatermarkField : public ::testing::TestWithParam<FieldCase> {};
 
@@ -31,7 +35,9 @@ TEST_P(WatermarkField, FormatsTheRecord) {
     EXPECT_EQ(imageInfoField(KVImageInfo(data), GetParam().field), GetParam().expected);
 }
 
-QString s(const char* text) { return QString::fromUtf8(text); }
+QString s(const char* text) {
+    return QString::fromUtf8(text);
+}
 
 INSTANTIATE_TEST_SUITE_P(
     Table, WatermarkField,
