@@ -172,17 +172,22 @@ Picture draw(const Picture& picture, const Layout& layout, int interpolation,
             std::min({double(ch), double(dst.y + dst.height), dst.y + (image.height() - fy) * ky});
         const bool fillsCanvas = drawsSomething && covers(left, right, cw) && covers(top, bottom, ch);
 
+        const bool opaque = picture.opaque || picture.image.bands() == 3;
+        // An opaque picture that covers the canvas needs neither its alpha
+        // nor the background: only the colour bands are resampled.
+        if (opaque && fillsCanvas) {
+            const VImage rgb = image.extract_band(0, VImage::option()->set("n", 3));
+            const VImage drawn = resample(rgb, fx, fy, kx, ky, dst.x, dst.y, cw, ch, interpolation);
+            return Picture{drawn.bandjoin_const({255}).copy(
+                               VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB)),
+                           double(cw), double(ch), true};
+        }
         // Opaque pixels are their own premultiplied form, so they resample as
         // uchar; anything else is premultiplied first so edges do not darken.
-        const bool opaque = picture.opaque || picture.image.bands() == 3;
         const VImage premultiplied = opaque ? image : image.premultiply();
         VImage drawn = drawsSomething
                            ? resample(premultiplied, fx, fy, kx, ky, dst.x, dst.y, cw, ch, interpolation)
                            : VImage::black(cw, ch, VImage::option()->set("bands", 4));
-
-        if (opaque && fillsCanvas)
-            return Picture{drawn.copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB)),
-                           double(cw), double(ch), true};
 
         if (drawsSomething && !fillsCanvas) {
             const VImage mask =
