@@ -5,8 +5,8 @@
 
 namespace {
 
-// The search goes on while the size is above this.
-constexpr int kLastSizeBelow = 5;
+// The smallest size the search tries, unless it starts below it.
+constexpr int kSmallestSize = 5;
 
 // Widths grow almost in proportion to the font size, but hinting moves small
 // sizes by several percent either way and each text rounds to whole pixels.
@@ -43,7 +43,7 @@ StyledTexts fitStringsStepByStep(const QStringList& texts, int startSize, int pi
     do {
         styled = attributedStringsForStrings(texts, size, style);
         --size;
-    } while (!fitsAcross(styled, pictureWidth) && size >= kLastSizeBelow);
+    } while (!fitsAcross(styled, pictureWidth) && size >= kSmallestSize);
     return styled;
 }
 
@@ -51,12 +51,12 @@ StyledTexts fitStrings(const QStringList& texts, int startSize, int pictureWidth
                        const TextWatermarkStyle& style) {
     StyledTexts styled = attributedStringsForStrings(texts, startSize, style);
     int next = startSize - 1;
-    if (fitsAcross(styled, pictureWidth) || next < kLastSizeBelow)
+    if (fitsAcross(styled, pictureWidth) || next < kSmallestSize)
         return styled;
 
     const qint64 space = room(pictureWidth, texts.size());
     if (space < 0) // nothing fits at any size, so the search runs out at the last size
-        return attributedStringsForStrings(texts, kLastSizeBelow, style);
+        return attributedStringsForStrings(texts, kSmallestSize, style);
 
     // Sizes whose width, even at the low end of the spread, overshoots the
     // room would be tried and refused one by one; go straight below them.
@@ -65,11 +65,11 @@ StyledTexts fitStrings(const QStringList& texts, int startSize, int pictureWidth
     if (perPixel > 0) {
         const double slack = kRoundingPerText * double(texts.size()) + 2;
         const double reachable = (double(space) + slack) / (perPixel * (1 - kHintingSpread));
-        next = int(std::clamp(std::floor(reachable), double(kLastSizeBelow), double(next)));
+        next = int(std::clamp(std::floor(reachable), double(kSmallestSize), double(next)));
     }
     for (int size = next;; --size) {
         styled = attributedStringsForStrings(texts, size, style);
-        if (fitsAcross(styled, pictureWidth) || size - 1 < kLastSizeBelow)
+        if (fitsAcross(styled, pictureWidth) || size - 1 < kSmallestSize)
             return styled;
     }
 }
