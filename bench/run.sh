@@ -113,10 +113,8 @@ link_set "$work/sets/small" "${small_files[@]}"
 
 # describe_set DIR -> "N files, M MP in all (A to B MP each), S MB"
 describe_set() {
-    local file
-    for file in "$1"/*.jpg; do
-        printf '%s %s %s\n' "$(vipsheader -f width "$file")" "$(vipsheader -f height "$file")" "$(stat -c %s "$file")"
-    done | awk '{
+    # One exiftool for the folder: a process per file takes a minute on 2,000 files.
+    exiftool -q -T -n -File:ImageWidth -File:ImageHeight -FileSize -ext jpg "$1" | awk '{
         mp = $1 * $2 / 1e6; total += mp; bytes += $3; n++
         if (n == 1 || mp < lo) lo = mp
         if (mp > hi) hi = mp
