@@ -5,7 +5,8 @@
 
 # parse_time_report FILE
 # Prints "WALL CPU RSS_KB STATUS" from a `/usr/bin/time -v` report: wall clock
-# and user+system seconds, the peak resident set in kilobytes, the exit status.
+# and user+system seconds, the peak resident set in kilobytes, the exit status
+# (128 + N for a command killed by signal N).
 # Prints nothing and fails when the report has no elapsed time (the command
 # could not be started, or time itself was killed).
 parse_time_report() {
@@ -13,6 +14,9 @@ parse_time_report() {
         /User time \(seconds\)/        { user = $2 }
         /System time \(seconds\)/      { sys = $2 }
         /Maximum resident set size/    { rss = $2 }
+        # A command killed by a signal still reads "Exit status: 0" further
+        # down; report it the way the shell would, as 128 + the signal.
+        /^Command terminated by signal/ { n = split($0, w, " "); signaled = 128 + w[n] }
         /Exit status/                  { status = $2 }
         /Elapsed \(wall clock\) time/  {
             # "m:ss.ss" below an hour, "h:mm:ss" from an hour on.
@@ -24,6 +28,7 @@ parse_time_report() {
         END {
             if (!seen) exit 1
             if (status == "") status = 0
+            if (signaled) status = signaled
             printf "%.2f %.2f %d %d\n", wall, user + sys, rss, status
         }' "$1"
 }

@@ -227,8 +227,10 @@ run_tool() {
         problem="could not be run: $(tail -n 1 "$tf" 2>/dev/null)"
     else
         read -r wall cpu rss status <<< "$report"
-        if [ "$status" -eq 124 ] || [ "$status" -eq 137 ]; then
+        if [ "$status" -eq 124 ]; then
             problem="stopped after the $limit s time limit"
+        elif [ "$status" -gt 128 ]; then
+            problem="killed by signal $((status - 128)): $(grep -v '^\s*$' "$stderr" | tail -n 1 | cut -c1-160)"
         elif [ "$status" -ne 0 ]; then
             problem="exit status $status: $(grep -v '^\s*$' "$stderr" | tail -n 1 | cut -c1-160)"
         else

@@ -66,9 +66,12 @@ expect "a report without timings is refused" 1 $?
 parse_time_report "$scratch/absent.txt" > /dev/null 2>&1 && status=0 || status=1
 expect "a missing report is refused" 1 "$status"
 
-# The real thing, so the parser follows the installed time's wording.
+# The real thing, so the parser follows the installed time's wording; a
+# crash must not pass for success.
 /usr/bin/time -v -o "$scratch/real.txt" bash -c 'exit 3' 2>/dev/null
 expect "exit status from a real report" 3 "$(parse_time_report "$scratch/real.txt" | cut -d' ' -f4)"
+/usr/bin/time -v -o "$scratch/crash.txt" timeout 10 bash -c 'kill -SEGV $$' 2>/dev/null
+expect "a crash counts as failure" 139 "$(parse_time_report "$scratch/crash.txt" | cut -d' ' -f4)"
 
 # --- statistics ---------------------------------------------------------------
 
