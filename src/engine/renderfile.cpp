@@ -54,8 +54,14 @@ void render(RenderedFile& out, const RenderSettings& settings) {
         PipelineSteps::drawWatermarks(picture, params, settings.watermark, out.info ? &*out.info : nullptr,
                                       out.pictureLog);
     out.bytes = PipelineSteps::encode(picture, params, out.encoderLog);
-    if (settings.wantsThumbnail)
-        out.thumbnail = PipelineSteps::thumbnail(loaded.picture).copy_memory();
+    if (settings.wantsThumbnail) {
+        // The thumbnail is only shown; the file is written without it.
+        try {
+            out.thumbnail = PipelineSteps::thumbnail(loaded.picture).copy_memory();
+        } catch (const std::exception&) {
+            vips_error_clear();
+        }
+    }
 }
 
 } // namespace
