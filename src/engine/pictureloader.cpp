@@ -66,10 +66,12 @@ std::optional<PictureLoader::Header> PictureLoader::readHeader(const QString& pa
 
 PictureLoader::Result PictureLoader::load(const QString& path, int shrink) {
     const auto header = readHeader(path);
-    if (!header)
-        return {};
+    return header ? load(path, *header, shrink) : Result{};
+}
+
+PictureLoader::Result PictureLoader::load(const QString& path, const Header& header, int shrink) {
     Result result;
-    if (header->width <= 0 || header->height <= 0) {
+    if (header.width <= 0 || header.height <= 0) {
         result.status = Status::Corrupted;
         return result;
     }
@@ -77,7 +79,7 @@ PictureLoader::Result PictureLoader::load(const QString& path, int shrink) {
         // Streamed straight into one memory image: the loader keeps no buffer
         // of its own, and the rotations read the copy in any order.
         auto options = vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL);
-        if (header->isJpeg && (shrink == 2 || shrink == 4 || shrink == 8))
+        if (header.isJpeg && (shrink == 2 || shrink == 4 || shrink == 8))
             options->set("shrink", shrink);
         vips::VImage image = vips::VImage::new_from_file(QFile::encodeName(path).constData(), options);
         // Decode now, once: a corrupt file is caught here rather than halfway
@@ -87,7 +89,7 @@ PictureLoader::Result PictureLoader::load(const QString& path, int shrink) {
         image = image.copy_memory();
         // Pictures without alpha let geometry skip premultiplying.
         const bool opaque = !vips_image_hasalpha(image.get_image());
-        result.picture = Picture{normalise(image), double(header->width), double(header->height), opaque};
+        result.picture = Picture{normalise(image), double(header.width), double(header.height), opaque};
         result.status = Status::Loaded;
     } catch (const vips::VError&) {
         vips_error_clear();

@@ -32,6 +32,8 @@ public:
     // Never throws: a file no accepted loader opens is NotAPicture, one whose
     // pixels fail to decode is Corrupted.
     static Result load(const QString& path, int shrink = 1);
+    // The same with the header already read by readHeader.
+    static Result load(const QString& path, const Header& header, int shrink);
 
     // The largest JPEG shrink factor whose decoded size still covers `drawnWidth`
     // x `drawnHeight`, and 1 when the drawn size is more than half the picture.

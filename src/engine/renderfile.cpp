@@ -34,7 +34,7 @@ void render(RenderedFile& out, const RenderSettings& settings) {
         shrink = pipelineShrinkFactor(params, swap ? header->height : header->width,
                                       swap ? header->width : header->height);
     }
-    PictureLoader::Result loaded = PictureLoader::load(out.path, shrink);
+    PictureLoader::Result loaded = PictureLoader::load(out.path, *header, shrink);
     if (loaded.status == PictureLoader::Status::NotAPicture)
         return;
     if (loaded.status == PictureLoader::Status::Corrupted) {
