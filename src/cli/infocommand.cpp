@@ -11,23 +11,22 @@
 
 namespace {
 
-const char infoUsage[] =
-    "Usage: quillet info [--json] FILE...\n"
-    "\n"
-    "Shows each picture's metadata record, one block per file. A file that\n"
-    "gives no record is named on standard error and makes the exit status 1;\n"
-    "the others are still shown.\n"
-    "\n"
-    "  --json   one JSON object per line instead, with the keys:\n"
-    "             path, name, kind (strings); width, height, size (bytes),\n"
-    "             orientation (1..8, 0 unknown) (integers); cameraMake,\n"
-    "             cameraModel (trailing blanks dropped), creationDate (the EXIF\n"
-    "             capture date text) (strings);\n"
-    "             exposureTime (seconds), aperture (f-number), focalLength,\n"
-    "             focalLength35 (millimetres; 35 mm equivalent), (numbers);\n"
-    "             iso (integer); flash (boolean); distance (metres),\n"
-    "             exposureBias (EV) (numbers); comment (string).\n"
-    "             Missing numbers are 0, missing texts empty.\n";
+const char infoUsage[] = "Usage: quillet info [--json] FILE...\n"
+                         "\n"
+                         "Shows each picture's metadata record, one block per file. A file that\n"
+                         "gives no record is named on standard error and makes the exit status 1;\n"
+                         "the others are still shown.\n"
+                         "\n"
+                         "  --json   one JSON object per line instead, with the keys:\n"
+                         "             path, name, kind (strings); width, height, size (bytes),\n"
+                         "             orientation (1..8, 0 unknown) (integers); cameraMake,\n"
+                         "             cameraModel (trailing blanks dropped), creationDate (the EXIF\n"
+                         "             capture date text) (strings);\n"
+                         "             exposureTime (seconds), aperture (f-number), focalLength,\n"
+                         "             focalLength35 (millimetres; 35 mm equivalent), (numbers);\n"
+                         "             iso (integer); flash (boolean); distance (metres),\n"
+                         "             exposureBias (EV) (numbers); comment (string).\n"
+                         "             Missing numbers are 0, missing texts empty.\n";
 
 // EXIF pads texts with blanks to a fixed width; the listing drops them.
 QString trimmedRight(QString text) {
@@ -51,11 +50,21 @@ std::string jsonString(const QString& text) {
     for (const char ch : text.toUtf8().toStdString()) {
         const auto byte = static_cast<unsigned char>(ch);
         switch (ch) {
-        case '"': out += "\\\""; break;
-        case '\\': out += "\\\\"; break;
-        case '\n': out += "\\n"; break;
-        case '\r': out += "\\r"; break;
-        case '\t': out += "\\t"; break;
+        case '"':
+            out += "\\\"";
+            break;
+        case '\\':
+            out += "\\\\";
+            break;
+        case '\n':
+            out += "\\n";
+            break;
+        case '\r':
+            out += "\\r";
+            break;
+        case '\t':
+            out += "\\t";
+            break;
         default:
             if (byte < 0x20) {
                 char escaped[8];

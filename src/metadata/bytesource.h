@@ -7,7 +7,7 @@
 // Where ReadJpegSections takes its bytes from: an open file or a buffer in
 // memory (the fuzzer and the tests read from memory).
 class ByteSource {
-public:
+  public:
     virtual ~ByteSource() = default;
     // The next byte, or -1 at the end.
     virtual int get() = 0;
@@ -19,24 +19,24 @@ public:
 
 // Reads a FILE it does not own.
 class FileByteSource final : public ByteSource {
-public:
+  public:
     explicit FileByteSource(FILE* file) : m_file(file) {}
     int get() override { return std::fgetc(m_file); }
     size_t read(uint8_t* into, size_t n) override { return std::fread(into, 1, n, m_file); }
     long long remaining() override;
 
-private:
+  private:
     FILE* m_file;
 };
 
 class MemoryByteSource final : public ByteSource {
-public:
+  public:
     MemoryByteSource(const uint8_t* data, size_t size) : m_data(data), m_size(size) {}
     int get() override { return m_pos < m_size ? m_data[m_pos++] : -1; }
     size_t read(uint8_t* into, size_t n) override;
     long long remaining() override { return static_cast<long long>(m_size - m_pos); }
 
-private:
+  private:
     const uint8_t* m_data;
     size_t m_size;
     size_t m_pos = 0;
@@ -44,7 +44,7 @@ private:
 
 // Owns a FILE and closes it; not copyable, movable.
 class FileHandle {
-public:
+  public:
     FileHandle() = default;
     explicit FileHandle(FILE* file) : m_file(file) {}
     FileHandle(const FileHandle&) = delete;
@@ -58,6 +58,6 @@ public:
     // Closes now; false when buffered data could not be written out.
     bool close();
 
-private:
+  private:
     FILE* m_file = nullptr;
 };

@@ -11,19 +11,48 @@ namespace {
 const int BytesPerFormat[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8};
 const int NumFormats = 12;
 
-enum Format { FmtByte = 1, FmtString, FmtUShort, FmtULong, FmtURational, FmtSByte, FmtUndefined,
-              FmtSShort, FmtSLong, FmtSRational, FmtSingle, FmtDouble };
+enum Format {
+    FmtByte = 1,
+    FmtString,
+    FmtUShort,
+    FmtULong,
+    FmtURational,
+    FmtSByte,
+    FmtUndefined,
+    FmtSShort,
+    FmtSLong,
+    FmtSRational,
+    FmtSingle,
+    FmtDouble
+};
 
 enum Tag {
-    TagMake = 0x010F, TagModel = 0x0110, TagOrientation = 0x0112,
-    TagThumbnailOffset = 0x0201, TagThumbnailLength = 0x0202,
-    TagExposureTime = 0x829A, TagFNumber = 0x829D, TagExifOffset = 0x8769,
-    TagExposureProgram = 0x8822, TagIsoEquivalent = 0x8827, TagDateTimeOriginal = 0x9003,
-    TagShutterSpeed = 0x9201, TagAperture = 0x9202, TagExposureBias = 0x9204,
-    TagMaxAperture = 0x9205, TagSubjectDistance = 0x9206, TagMeteringMode = 0x9207,
-    TagLightSource = 0x9208, TagFlash = 0x9209, TagFocalLength = 0x920A, TagUserComment = 0x9286,
-    TagExifImageWidth = 0xA002, TagExifImageLength = 0xA003, TagInteropOffset = 0xA005,
-    TagFocalPlaneXRes = 0xA20E, TagFocalPlaneUnits = 0xA210,
+    TagMake = 0x010F,
+    TagModel = 0x0110,
+    TagOrientation = 0x0112,
+    TagThumbnailOffset = 0x0201,
+    TagThumbnailLength = 0x0202,
+    TagExposureTime = 0x829A,
+    TagFNumber = 0x829D,
+    TagExifOffset = 0x8769,
+    TagExposureProgram = 0x8822,
+    TagIsoEquivalent = 0x8827,
+    TagDateTimeOriginal = 0x9003,
+    TagShutterSpeed = 0x9201,
+    TagAperture = 0x9202,
+    TagExposureBias = 0x9204,
+    TagMaxAperture = 0x9205,
+    TagSubjectDistance = 0x9206,
+    TagMeteringMode = 0x9207,
+    TagLightSource = 0x9208,
+    TagFlash = 0x9209,
+    TagFocalLength = 0x920A,
+    TagUserComment = 0x9286,
+    TagExifImageWidth = 0xA002,
+    TagExifImageLength = 0xA003,
+    TagInteropOffset = 0xA005,
+    TagFocalPlaneXRes = 0xA20E,
+    TagFocalPlaneUnits = 0xA210,
 };
 
 // A hostile block can link one directory from many entries; legitimate files
@@ -106,12 +135,18 @@ void storeUserComment(JpegContext& ctx, uint64_t pos, uint64_t byteCount) {
 
 double millimetresPerUnit(int unit, double current) {
     switch (unit) {
-    case 1: return 25.4; // "none" is taken as inches, as cameras mean it
-    case 2: return 25.4;
-    case 3: return 10;
-    case 4: return 1;
-    case 5: return 0.001;
-    default: return current;
+    case 1:
+        return 25.4; // "none" is taken as inches, as cameras mean it
+    case 2:
+        return 25.4;
+    case 3:
+        return 10;
+    case 4:
+        return 1;
+    case 5:
+        return 0.001;
+    default:
+        return current;
     }
 }
 
@@ -131,7 +166,9 @@ uint32_t Get32u(const JpegContext& ctx, const uint8_t* p) {
     return uint32_t(p[3]) << 24 | uint32_t(p[2]) << 16 | uint32_t(p[1]) << 8 | p[0];
 }
 
-int Get32s(const JpegContext& ctx, const uint8_t* p) { return int(int32_t(Get32u(ctx, p))); }
+int Get32s(const JpegContext& ctx, const uint8_t* p) {
+    return int(int32_t(Get32u(ctx, p)));
+}
 
 void Put16u(const JpegContext& ctx, uint8_t* p, int value) {
     if (!readable(ctx, p, 2))
@@ -412,7 +449,8 @@ long long RemoveThumbnail(JpegContext& ctx, uint8_t* buffer, uint32_t length) {
             const int tag = Get16u(ctx, entry);
             if (tag == TagThumbnailOffset || tag == TagThumbnailLength) {
                 size_t moveBytes = size_t(numEntries - i) * 12 - 8;
-                const size_t available = readable(ctx, entry + 12, 0) ? size_t(ctx.BlockLimit - (entry + 12)) : 0;
+                const size_t available =
+                    readable(ctx, entry + 12, 0) ? size_t(ctx.BlockLimit - (entry + 12)) : 0;
                 moveBytes = std::min(moveBytes, available);
                 if (moveBytes > 0)
                     std::memmove(entry, entry + 12, moveBytes);

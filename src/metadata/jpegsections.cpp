@@ -22,8 +22,19 @@ void vprint(FILE* stream, const char* format, va_list args) {
 
 bool isSof(int marker) {
     switch (marker) {
-    case 0xC0: case 0xC1: case 0xC2: case 0xC3: case 0xC5: case 0xC6: case 0xC7:
-    case 0xC9: case 0xCA: case 0xCB: case 0xCD: case 0xCE: case 0xCF:
+    case 0xC0:
+    case 0xC1:
+    case 0xC2:
+    case 0xC3:
+    case 0xC5:
+    case 0xC6:
+    case 0xC7:
+    case 0xC9:
+    case 0xCA:
+    case 0xCB:
+    case 0xCD:
+    case 0xCE:
+    case 0xCF:
         return true;
     default:
         return false;
@@ -212,7 +223,8 @@ int ReadJpegSections(JpegContext& ctx, ByteSource& source, int mode) {
             dropLast(ctx);
             break;
         case 0xE1:
-            if ((mode & ReadMetadata) && length >= 6 && std::memcmp(section.Data.data() + 2, "Exif", 4) == 0) {
+            if ((mode & ReadMetadata) && length >= 6 &&
+                std::memcmp(section.Data.data() + 2, "Exif", 4) == 0) {
                 process_EXIF(ctx, section.Data.data(), length, section.Data.data() + section.Data.size());
             } else {
                 dropLast(ctx);

@@ -9,10 +9,11 @@ namespace {
 const QString missing = QStringLiteral("-");
 
 // Maps a three-way result of any sign onto -1, 0, 1.
-int sign(int value) { return (value > 0) - (value < 0); }
+int sign(int value) {
+    return (value > 0) - (value < 0);
+}
 
-template <typename T>
-int compareNumbers(T mine, T theirs) {
+template <typename T> int compareNumbers(T mine, T theirs) {
     if (mine < theirs)
         return -1;
     if (mine > theirs)
@@ -42,7 +43,9 @@ KVImageInfo KVImageInfo::withCreationDate(const QDateTime& date) {
     return KVImageInfo(std::move(data));
 }
 
-QString KVImageInfo::name() const { return fileBaseName(m_data.path); }
+QString KVImageInfo::name() const {
+    return fileBaseName(m_data.path);
+}
 
 float KVImageInfo::focalLength35Float() const {
     if (!(m_data.ccdWidth > 0))
@@ -72,8 +75,7 @@ QString KVImageInfo::focalLength35() const {
 
 QString KVImageInfo::exposureTime() const {
     // Exposures of a second or more still show as one over a fraction.
-    return m_data.exposureTime > 0 ? QString::asprintf("1/%.0f", 1.0 / double(m_data.exposureTime))
-                                   : missing;
+    return m_data.exposureTime > 0 ? QString::asprintf("1/%.0f", 1.0 / double(m_data.exposureTime)) : missing;
 }
 
 QString KVImageInfo::aperture() const {
@@ -84,7 +86,9 @@ QString KVImageInfo::distance() const {
     return m_data.distance > 0 ? QString::asprintf("%.1f", double(m_data.distance)) : missing;
 }
 
-QString KVImageInfo::iso() const { return m_data.iso > 0 ? QString::number(m_data.iso) : missing; }
+QString KVImageInfo::iso() const {
+    return m_data.iso > 0 ? QString::number(m_data.iso) : missing;
+}
 
 int KVImageInfo::compareName(const KVImageInfo& other) const {
     return sign(name().compare(other.name()));
@@ -97,10 +101,10 @@ int KVImageInfo::compareKind(const KVImageInfo& other) const {
     return result != 0 ? result : compareName(other);
 }
 
-#define QUILLET_NUMERIC_COMPARE(method, compare, field)                                            \
-    int KVImageInfo::method(const KVImageInfo& other) const {                                     \
-        const int result = compare(field, other.field);                                            \
-        return result != 0 ? result : compareName(other);                                          \
+#define QUILLET_NUMERIC_COMPARE(method, compare, field)                                                      \
+    int KVImageInfo::method(const KVImageInfo& other) const {                                                \
+        const int result = compare(field, other.field);                                                      \
+        return result != 0 ? result : compareName(other);                                                    \
     }
 
 QUILLET_NUMERIC_COMPARE(compareWidth, compareNumbers, m_data.width)

@@ -14,7 +14,7 @@
 // comment; safe to read from any thread, and two threads may build records at
 // the same time (the JPEG/EXIF reader keeps its state per call).
 class KVImageInfo {
-public:
+  public:
     // Every field, in one plain value so tests and callers can build records.
     struct Data {
         QString path;
@@ -121,6 +121,6 @@ public:
     int compareCreationdate(const KVImageInfo& other) const;
     int compareFiledate(const KVImageInfo& other) const;
 
-private:
+  private:
     Data m_data;
 };

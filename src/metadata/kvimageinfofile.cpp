@@ -29,7 +29,8 @@ QString fromCText(const char* text) {
 QDateTime parseExifDate(const char* text) {
     int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
     char tail = 0;
-    if (std::sscanf(text, "%4d:%2d:%2d %2d:%2d:%2d%c", &year, &month, &day, &hour, &minute, &second, &tail) != 6)
+    if (std::sscanf(text, "%4d:%2d:%2d %2d:%2d:%2d%c", &year, &month, &day, &hour, &minute, &second, &tail) !=
+        6)
         return {};
     const QDate date(year, month, day);
     const QTime time(hour, minute, second);
@@ -41,8 +42,8 @@ QDateTime parseExifDate(const char* text) {
 void extractFromImageInfo(const JpegContext& ctx, KVImageInfo::Data& data, bool makeThumbnail) {
     const ImageInfo& info = ctx.Info;
     if (makeThumbnail && info.ThumbnailPointer && info.ThumbnailSize > 0)
-        data.thumbnail =
-            thumbnailmaker::thumbnailForBuffer(info.ThumbnailPointer, info.ThumbnailSize, ThumbnailBox, ThumbnailBox);
+        data.thumbnail = thumbnailmaker::thumbnailForBuffer(info.ThumbnailPointer, info.ThumbnailSize,
+                                                            ThumbnailBox, ThumbnailBox);
     data.cameraMake = fromCText(info.CameraMake);
     data.cameraModel = fromCText(info.CameraModel);
     data.width = info.Width;
@@ -87,7 +88,8 @@ bool extractFromFile(const QString& path, KVImageInfo::Data& data) {
 
 } // namespace
 
-std::optional<KVImageInfo> KVImageInfo::fromFile(const QString& path, bool fallbackOnFile, bool makeThumbnail) {
+std::optional<KVImageInfo> KVImageInfo::fromFile(const QString& path, bool fallbackOnFile,
+                                                 bool makeThumbnail) {
     Data data;
     data.path = path;
     data.kind = kindFromPath(path);

@@ -15,7 +15,9 @@ struct OrientationEntry {
     long entry = 0; // index of the tag's 12-byte entry in buffer
 };
 
-int get16(const uint8_t* p, bool motorola) { return motorola ? p[0] << 8 | p[1] : p[1] << 8 | p[0]; }
+int get16(const uint8_t* p, bool motorola) {
+    return motorola ? p[0] << 8 | p[1] : p[1] << 8 | p[0];
+}
 
 // The header walk both routines share. The file is opened for update even to
 // read, so a file that cannot be written does not qualify either. The handle

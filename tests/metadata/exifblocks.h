@@ -23,7 +23,7 @@ struct Entry {
 };
 
 class TiffBuilder {
-public:
+  public:
     explicit TiffBuilder(bool motorola) : m_mm(motorola) {}
 
     // Adds a directory; returns its index. Directory 0 is IFD0.
@@ -109,7 +109,7 @@ public:
         std::memcpy(out.data() + at, b.data(), b.size());
     }
 
-private:
+  private:
     bool m_mm;
     std::vector<std::vector<Entry>> m_ifds;
     std::vector<int> m_next;
@@ -160,7 +160,7 @@ inline Bytes jpeg(const std::vector<Bytes>& segments) {
 
 // Collects what the byte layer prints on one stream.
 class Capture {
-public:
+  public:
     Capture() : m_file(open_memstream(&m_buffer, &m_size)) {}
     Capture(const Capture&) = delete;
     Capture& operator=(const Capture&) = delete;
@@ -174,7 +174,7 @@ public:
         return std::string(m_buffer, m_size);
     }
 
-private:
+  private:
     char* m_buffer = nullptr;
     size_t m_size = 0;
     FILE* m_file;

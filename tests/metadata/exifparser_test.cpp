@@ -102,7 +102,9 @@ TEST_P(ExifByteOrder, CameraBlockFillsEveryField) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Both, ExifByteOrder, testing::Values(false, true),
-                         [](const testing::TestParamInfo<bool>& info) { return info.param ? "Motorola" : "Intel"; });
+                         [](const testing::TestParamInfo<bool>& info) {
+                             return info.param ? "Motorola" : "Intel";
+                         });
 
 // One tag in IFD0 and what it leaves in the record.
 struct TagCase {
@@ -141,36 +143,55 @@ INSTANTIATE_TEST_SUITE_P(
                     t.addRational(0, 0x9202, 3, 1);
                 },
                 [](const ImageInfo& i) { EXPECT_FLOAT_EQ(i.ApertureFNumber, 2.8f); }, ""},
-        TagCase{"ApertureValueAlone", [](TiffBuilder& t) { t.addRational(0, 0x9202, 3, 1); },
-                [](const ImageInfo& i) { EXPECT_NEAR(i.ApertureFNumber, std::exp(3 * std::log(2) * 0.5), 1e-5); }, ""},
+        TagCase{
+            "ApertureValueAlone", [](TiffBuilder& t) { t.addRational(0, 0x9202, 3, 1); },
+            [](const ImageInfo& i) { EXPECT_NEAR(i.ApertureFNumber, std::exp(3 * std::log(2) * 0.5), 1e-5); },
+            ""},
         TagCase{"ShutterSpeedAlone", [](TiffBuilder& t) { t.addRational(0, 0x9201, 7, 1, 10); },
                 [](const ImageInfo& i) { EXPECT_FLOAT_EQ(i.ExposureTime, 1.0f / 128); }, ""},
         TagCase{"UndefinedRotation", [](TiffBuilder& t) { t.addShort(0, 0x0112, 9); },
                 [](const ImageInfo& i) { EXPECT_EQ(i.Orientation, 0); }, "Undefined rotation value 9"},
         TagCase{"AsciiUserComment",
                 [](TiffBuilder& t) {
-                    t.addUndefined(0, 0x9286, Bytes{'A', 'S', 'C', 'I', 'I', 0, 0, 0, 'H', 'e', 'l', 'l', 'o', ' ', ' ', ' ', ' '});
+                    t.addUndefined(
+                        0, 0x9286,
+                        Bytes{'A', 'S', 'C', 'I', 'I', 0, 0, 0, 'H', 'e', 'l', 'l', 'o', ' ', ' ', ' ', ' '});
                 },
                 [](const ImageInfo& i) { EXPECT_STREQ(i.Comments, "Hello"); }, ""},
         TagCase{"AsciiUserCommentWithoutText",
-                [](TiffBuilder& t) { t.addUndefined(0, 0x9286, Bytes{'A', 'S', 'C', 'I', 'I', 0, 0, 0, 0, 0, 'x'}); },
+                [](TiffBuilder& t) {
+                    t.addUndefined(0, 0x9286, Bytes{'A', 'S', 'C', 'I', 'I', 0, 0, 0, 0, 0, 'x'});
+                },
                 [](const ImageInfo& i) { EXPECT_STREQ(i.Comments, ""); }, ""},
-        TagCase{"PlainUserCommentIsCut",
-                [](TiffBuilder& t) { t.addUndefined(0, 0x9286, Bytes(300, 'z')); },
+        TagCase{"PlainUserCommentIsCut", [](TiffBuilder& t) { t.addUndefined(0, 0x9286, Bytes(300, 'z')); },
                 [](const ImageInfo& i) { EXPECT_EQ(std::strlen(i.Comments), 199u); }, ""},
         TagCase{"LongMakeIsCut", [](TiffBuilder& t) { t.addAscii(0, 0x010F, std::string(50, 'm')); },
                 [](const ImageInfo& i) { EXPECT_EQ(std::strlen(i.CameraMake), 31u); }, ""},
         // Only the bytes the entry counts are text, even without a NUL.
-        TagCase{"ShortModelWithoutNul", [](TiffBuilder& t) { t.add(0, {0x0110, 2, 3, Bytes{'A', 'B', 'C', 'D'}}); },
+        TagCase{"ShortModelWithoutNul",
+                [](TiffBuilder& t) {
+                    t.add(0, {0x0110, 2, 3, Bytes{'A', 'B', 'C', 'D'}});
+                },
                 [](const ImageInfo& i) { EXPECT_STREQ(i.CameraModel, "ABC"); }, ""},
-        TagCase{"BadFormat", [](TiffBuilder& t) { t.add(0, {0x0110, 13, 1, Bytes{0, 0, 0, 0}}); },
-                [](const ImageInfo& i) { EXPECT_STREQ(i.CameraModel, ""); }, "Illegal number format 13 for tag 0110"},
+        TagCase{"BadFormat",
+                [](TiffBuilder& t) {
+                    t.add(0, {0x0110, 13, 1, Bytes{0, 0, 0, 0}});
+                },
+                [](const ImageInfo& i) { EXPECT_STREQ(i.CameraModel, ""); },
+                "Illegal number format 13 for tag 0110"},
         TagCase{"ValuePointerOutside",
-                [](TiffBuilder& t) { t.add(0, {0x010F, 2, 100, Bytes{0, 0, 0xFF, 0xF0}}); },
-                [](const ImageInfo& i) { EXPECT_STREQ(i.CameraMake, ""); }, "Illegal value pointer for tag 010f"},
+                [](TiffBuilder& t) {
+                    t.add(0, {0x010F, 2, 100, Bytes{0, 0, 0xFF, 0xF0}});
+                },
+                [](const ImageInfo& i) { EXPECT_STREQ(i.CameraMake, ""); },
+                "Illegal value pointer for tag 010f"},
         // A count whose byte size overflows 32 bits must not wrap into range.
-        TagCase{"HugeCount", [](TiffBuilder& t) { t.add(0, {0x829A, 5, 0x20000001, Bytes{0, 0, 0, 8}}); },
-                [](const ImageInfo& i) { EXPECT_EQ(i.ExposureTime, 0); }, "Illegal value pointer for tag 829a"},
+        TagCase{"HugeCount",
+                [](TiffBuilder& t) {
+                    t.add(0, {0x829A, 5, 0x20000001, Bytes{0, 0, 0, 8}});
+                },
+                [](const ImageInfo& i) { EXPECT_EQ(i.ExposureTime, 0); },
+                "Illegal value pointer for tag 829a"},
         TagCase{"UnsignedRationalAboveIntMaxReadsNegative",
                 [](TiffBuilder& t) { t.addRational(0, 0x920A, int32_t(0x80000000u), 1); },
                 [](const ImageInfo& i) { EXPECT_LT(i.FocalLength, 0); }, ""},
@@ -200,7 +221,8 @@ TEST(ExifParser, HeaderChecks) {
     badOrder[0] = 'X';
     Bytes badMagic = good;
     badMagic[2] = 43;
-    for (const Case& c : {Case{badOrder, "Invalid Exif alignment marker."}, Case{badMagic, "Invalid Exif start (1)"}}) {
+    for (const Case& c :
+         {Case{badOrder, "Invalid Exif alignment marker."}, Case{badMagic, "Invalid Exif start (1)"}}) {
         Parsed p(c.tiff);
         EXPECT_EQ(p.err.text(), std::string("Nonfatal Error : ") + c.message + "\n");
     }

@@ -15,11 +15,22 @@
 namespace {
 
 const QStringList tags = {
-    QStringLiteral("-Make"),          QStringLiteral("-Model"),        QStringLiteral("-DateTimeOriginal"),
-    QStringLiteral("-ExposureTime"),  QStringLiteral("-FNumber"),      QStringLiteral("-ApertureValue"),
-    QStringLiteral("-FocalLength"),   QStringLiteral("-ISO"),          QStringLiteral("-Flash"),
-    QStringLiteral("-SubjectDistance"), QStringLiteral("-ExposureCompensation"), QStringLiteral("-File:ImageWidth"), QStringLiteral("-File:ImageHeight"),
-    QStringLiteral("-FileSize"),      QStringLiteral("-File:Comment"), QStringLiteral("-FileType"),
+    QStringLiteral("-Make"),
+    QStringLiteral("-Model"),
+    QStringLiteral("-DateTimeOriginal"),
+    QStringLiteral("-ExposureTime"),
+    QStringLiteral("-FNumber"),
+    QStringLiteral("-ApertureValue"),
+    QStringLiteral("-FocalLength"),
+    QStringLiteral("-ISO"),
+    QStringLiteral("-Flash"),
+    QStringLiteral("-SubjectDistance"),
+    QStringLiteral("-ExposureCompensation"),
+    QStringLiteral("-File:ImageWidth"),
+    QStringLiteral("-File:ImageHeight"),
+    QStringLiteral("-FileSize"),
+    QStringLiteral("-File:Comment"),
+    QStringLiteral("-FileType"),
 };
 
 // EXIF pads texts with blanks; exiftool drops them.
@@ -31,7 +42,8 @@ QString trimmedRight(QString s) {
 
 void expectNear(const QJsonObject& tool, const char* key, float ours, const QString& file) {
     const double theirs = tool.value(QLatin1String(key)).toDouble(0);
-    EXPECT_NEAR(ours, theirs, std::max(1e-4, std::fabs(theirs) * 1e-4)) << key << " in " << file.toStdString();
+    EXPECT_NEAR(ours, theirs, std::max(1e-4, std::fabs(theirs) * 1e-4))
+        << key << " in " << file.toStdString();
 }
 
 } // namespace
@@ -53,7 +65,9 @@ TEST(ExiftoolOracle, EverySampleAgrees) {
         }
         ASSERT_TRUE(info);
         jpegs++;
-        const auto text = [&tool](const char* key) { return tool.value(QLatin1String(key)).toVariant().toString(); };
+        const auto text = [&tool](const char* key) {
+            return tool.value(QLatin1String(key)).toVariant().toString();
+        };
         EXPECT_EQ(trimmedRight(info->cameraMake()), text("Make"));
         EXPECT_EQ(trimmedRight(info->cameraModel()), text("Model"));
         EXPECT_EQ(info->creationDateString(), text("DateTimeOriginal"));
@@ -81,11 +95,12 @@ TEST(ExiftoolOracle, EverySampleAgrees) {
 
         // Every directory's orientation tag is read, the thumbnail's last;
         // exiftool reports the main picture's.
-        const QJsonObject orientations =
-            exiftool::read(path, {QStringLiteral("-a"), QStringLiteral("-G1"), QStringLiteral("-Orientation")});
+        const QJsonObject orientations = exiftool::read(
+            path, {QStringLiteral("-a"), QStringLiteral("-G1"), QStringLiteral("-Orientation")});
         const QJsonValue ifd1 = orientations.value(QStringLiteral("IFD1:Orientation"));
-        const int expected =
-            !ifd1.isUndefined() ? ifd1.toInt() : orientations.value(QStringLiteral("IFD0:Orientation")).toInt(0);
+        const int expected = !ifd1.isUndefined()
+                                 ? ifd1.toInt()
+                                 : orientations.value(QStringLiteral("IFD0:Orientation")).toInt(0);
         EXPECT_EQ(info->orientation(), expected);
 
         // The JPEG comment, when the file has one and no EXIF user comment.

@@ -15,10 +15,12 @@ using namespace exifblocks;
 
 namespace {
 
-std::string native(const QString& p) { return QFile::encodeName(p).toStdString(); }
+std::string native(const QString& p) {
+    return QFile::encodeName(p).toStdString();
+}
 
 class Transfer : public testing::Test {
-protected:
+  protected:
     QTemporaryDir dir;
     JpegContext ctx;
     Capture out, err;
@@ -30,16 +32,20 @@ protected:
     // A real, decodable JPEG as the encoder writes it (JFIF first).
     QString encoded(const QString& name, int w = 64, int h = 48) {
         const QString path = dir.filePath(name);
-        testsupport::solidImage(w, h, 200, 40, 40).extract_band(0, vips::VImage::option()->set("n", 3))
+        testsupport::solidImage(w, h, 200, 40, 40)
+            .extract_band(0, vips::VImage::option()->set("n", 3))
             .jpegsave(QFile::encodeName(path).constData());
         return path;
     }
     QString written(const QString& name, const Bytes& bytes) {
         const QString path = dir.filePath(name);
-        testsupport::writeFile(path, QByteArray(reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size())));
+        testsupport::writeFile(
+            path, QByteArray(reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size())));
         return path;
     }
-    int copy(const QString& from, const QString& to) { return copyExif(ctx, native(from).c_str(), native(to).c_str()); }
+    int copy(const QString& from, const QString& to) {
+        return copyExif(ctx, native(from).c_str(), native(to).c_str());
+    }
     QStringList files() const { return QDir(dir.path()).entryList(QDir::Files, QDir::Name); }
 };
 
@@ -56,7 +62,8 @@ TEST_F(Transfer, CameraExifIntoAnEncodedJpeg) {
     QUILLET_EXIFTOOL_OR_SKIP();
     QString source;
     QUILLET_SAMPLE_OR_SKIP(source, "Canon_40D.jpg");
-    ASSERT_TRUE(exiftool::read(source, {QStringLiteral("-ThumbnailOffset")}).contains(QStringLiteral("ThumbnailOffset")));
+    ASSERT_TRUE(exiftool::read(source, {QStringLiteral("-ThumbnailOffset")})
+                    .contains(QStringLiteral("ThumbnailOffset")));
     const QString destination = encoded(QStringLiteral("out.jpg"));
     testsupport::writeFile(destination + QStringLiteral(".t"), "stale backup");
 
@@ -68,8 +75,9 @@ TEST_F(Transfer, CameraExifIntoAnEncodedJpeg) {
     EXPECT_EQ(decoded.height(), 48);
     EXPECT_NEAR(decoded.getpoint(10, 10)[0], 200, 3);
 
-    const QJsonObject tags = exiftool::read(destination, {QStringLiteral("-Model"), QStringLiteral("-ThumbnailOffset"),
-                                                          QStringLiteral("-ThumbnailLength"), QStringLiteral("-Warning")});
+    const QJsonObject tags =
+        exiftool::read(destination, {QStringLiteral("-Model"), QStringLiteral("-ThumbnailOffset"),
+                                     QStringLiteral("-ThumbnailLength"), QStringLiteral("-Warning")});
     EXPECT_EQ(tags.value(QStringLiteral("Model")).toString(), QStringLiteral("Canon EOS 40D"));
     EXPECT_FALSE(tags.contains(QStringLiteral("ThumbnailOffset")));
     EXPECT_FALSE(tags.contains(QStringLiteral("ThumbnailLength")));
@@ -84,8 +92,8 @@ TEST_F(Transfer, CameraExifIntoAnEncodedJpeg) {
 
 TEST_F(Transfer, SourceWithoutExifStripsTheDestination) {
     const QString source = written(QStringLiteral("plain.jpg"), jpeg({sof(8, 8)}));
-    const QString destination =
-        written(QStringLiteral("dest.jpg"), jpeg({exifWithModel("Old"), segment(0xFE, {'o', 'l', 'd'}), sof(8, 8)}));
+    const QString destination = written(
+        QStringLiteral("dest.jpg"), jpeg({exifWithModel("Old"), segment(0xFE, {'o', 'l', 'd'}), sof(8, 8)}));
     ASSERT_EQ(copy(source, destination), 1);
     const QByteArray bytes = testsupport::readFile(destination);
     EXPECT_EQ(bytes.left(6), QByteArray::fromHex("ffd8ffe00010")); // a fresh JFIF segment
@@ -130,7 +138,8 @@ TEST_F(Transfer, DestinationsThatCannotTakeExifAreLeftAlone) {
     const QByteArray destBefore = testsupport::readFile(destination);
     EXPECT_EQ(copy(png, destination), 0);
     EXPECT_EQ(copy(dir.filePath(QStringLiteral("missing.jpg")), destination), 0);
-    EXPECT_NE(err.text().find("Error : No such file\nin file '" + native(destination) + "'\n"), std::string::npos);
+    EXPECT_NE(err.text().find("Error : No such file\nin file '" + native(destination) + "'\n"),
+              std::string::npos);
     EXPECT_EQ(testsupport::readFile(destination), destBefore);
 }
 
@@ -151,7 +160,9 @@ TEST_P(TransferFailure, LeavesTheDestinationWhole) {
         };
         break;
     case 1: // the destination cannot be moved to its backup
-        ops.rename = [dest](const char* from, const char* to) { return from == dest ? -1 : std::rename(from, to); };
+        ops.rename = [dest](const char* from, const char* to) {
+            return from == dest ? -1 : std::rename(from, to);
+        };
         break;
     case 2: // the new file cannot be moved into place
         ops.rename = [dest](const char* from, const char* to) {

@@ -22,8 +22,8 @@ CliRun info(const QStringList& args) {
     QProcess p;
     p.start(testsupport::cliPath(), QStringList{QStringLiteral("info")} + args);
     p.waitForFinished(120000);
-    return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1, QString::fromUtf8(p.readAllStandardOutput()),
-            QString::fromUtf8(p.readAllStandardError())};
+    return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1,
+            QString::fromUtf8(p.readAllStandardOutput()), QString::fromUtf8(p.readAllStandardError())};
 }
 
 } // namespace
@@ -31,10 +31,12 @@ CliRun info(const QStringList& args) {
 TEST(InfoCommand, JsonLinesForGoodFilesAndAnErrorForTheOthers) {
     QTemporaryDir dir;
     const QString good = dir.filePath(QStringLiteral("good.jpg"));
-    testsupport::solidImage(40, 30, 1, 2, 3).extract_band(0, vips::VImage::option()->set("n", 3))
+    testsupport::solidImage(40, 30, 1, 2, 3)
+        .extract_band(0, vips::VImage::option()->set("n", 3))
         .jpegsave(QFile::encodeName(good).constData());
     const QString damaged = dir.filePath(QStringLiteral("damaged.jpg"));
-    testsupport::writeFile(damaged, QByteArray::fromHex("ffd8ffe1ffff4578696600004d4d002a") + QByteArray(40, '\xff'));
+    testsupport::writeFile(damaged,
+                           QByteArray::fromHex("ffd8ffe1ffff4578696600004d4d002a") + QByteArray(40, '\xff'));
     const QString missing = dir.filePath(QStringLiteral("missing.jpg"));
 
     const CliRun run = info({QStringLiteral("--json"), damaged, good, missing});
@@ -50,8 +52,9 @@ TEST(InfoCommand, JsonLinesForGoodFilesAndAnErrorForTheOthers) {
     EXPECT_EQ(record.value(QStringLiteral("width")).toInt(), 40);
     EXPECT_EQ(record.value(QStringLiteral("height")).toInt(), 30);
     EXPECT_TRUE(record.value(QStringLiteral("flash")).isBool());
-    for (const char* key : {"size", "orientation", "cameraMake", "cameraModel", "creationDate", "exposureTime",
-                            "aperture", "focalLength", "focalLength35", "iso", "distance", "exposureBias", "comment"})
+    for (const char* key :
+         {"size", "orientation", "cameraMake", "cameraModel", "creationDate", "exposureTime", "aperture",
+          "focalLength", "focalLength35", "iso", "distance", "exposureBias", "comment"})
         EXPECT_TRUE(record.contains(QLatin1String(key))) << key;
     EXPECT_TRUE(run.err.contains(damaged));
     EXPECT_TRUE(run.err.contains(missing));
@@ -65,12 +68,16 @@ TEST(InfoCommand, CameraSampleAsExiftoolReadsIt) {
     ASSERT_EQ(run.status, 0) << run.err.toStdString();
     const QJsonObject ours = QJsonDocument::fromJson(run.out.toUtf8()).object();
     const QJsonObject tool = exiftool::read(sample);
-    EXPECT_EQ(ours.value(QStringLiteral("cameraMake")).toString(), tool.value(QStringLiteral("Make")).toString());
-    EXPECT_EQ(ours.value(QStringLiteral("cameraModel")).toString(), tool.value(QStringLiteral("Model")).toString());
+    EXPECT_EQ(ours.value(QStringLiteral("cameraMake")).toString(),
+              tool.value(QStringLiteral("Make")).toString());
+    EXPECT_EQ(ours.value(QStringLiteral("cameraModel")).toString(),
+              tool.value(QStringLiteral("Model")).toString());
     EXPECT_EQ(ours.value(QStringLiteral("creationDate")).toString(),
               tool.value(QStringLiteral("DateTimeOriginal")).toString());
-    EXPECT_NEAR(ours.value(QStringLiteral("exposureTime")).toDouble(), tool.value(QStringLiteral("ExposureTime")).toDouble(), 1e-6);
-    EXPECT_NEAR(ours.value(QStringLiteral("aperture")).toDouble(), tool.value(QStringLiteral("FNumber")).toDouble(), 1e-5);
+    EXPECT_NEAR(ours.value(QStringLiteral("exposureTime")).toDouble(),
+                tool.value(QStringLiteral("ExposureTime")).toDouble(), 1e-6);
+    EXPECT_NEAR(ours.value(QStringLiteral("aperture")).toDouble(),
+                tool.value(QStringLiteral("FNumber")).toDouble(), 1e-5);
     EXPECT_EQ(ours.value(QStringLiteral("iso")).toInt(), tool.value(QStringLiteral("ISO")).toInt());
 }
 

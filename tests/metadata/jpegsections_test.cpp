@@ -27,9 +27,15 @@ struct Reader {
     }
 };
 
-Bytes dqt() { return segment(0xDB, Bytes(65, 1)); }
-Bytes app0() { return segment(0xE0, Bytes{'J', 'F', 'I', 'F', 0, 1, 1, 0, 0, 1, 0, 1, 0, 0}); }
-Bytes comment(const Bytes& text) { return segment(0xFE, text); }
+Bytes dqt() {
+    return segment(0xDB, Bytes(65, 1));
+}
+Bytes app0() {
+    return segment(0xE0, Bytes{'J', 'F', 'I', 'F', 0, 1, 1, 0, 0, 1, 0, 1, 0, 0});
+}
+Bytes comment(const Bytes& text) {
+    return segment(0xFE, text);
+}
 Bytes exifApp1(const std::string& model) {
     TiffBuilder t(false);
     t.addIfd();
@@ -122,7 +128,9 @@ Bytes manySections(int count) {
     return jpeg(segs);
 }
 
-Bytes truncatedAfter(const Bytes& b, size_t keep) { return Bytes(b.begin(), b.begin() + long(keep)); }
+Bytes truncatedAfter(const Bytes& b, size_t keep) {
+    return Bytes(b.begin(), b.begin() + long(keep));
+}
 
 const char notJpeg[] = "Not JPEG (or bad one): in.jpg\n";
 
@@ -130,21 +138,21 @@ const char notJpeg[] = "Not JPEG (or bad one): in.jpg\n";
 
 INSTANTIATE_TEST_SUITE_P(
     Damaged, JpegSectionsRefuse,
-    testing::Values(
-        BadFile{"NoSoi", Bytes{0x89, 'P', 'N', 'G', 0, 0, 0, 0}, notJpeg, ""},
-        BadFile{"Empty", Bytes{}, notJpeg, ""},
-        BadFile{"EoiBeforeScan", Bytes{0xFF, 0xD8, 0xFF, 0xD9, 0x00, 0x02}, "No image in jpeg!\nNot JPEG (or bad one): in.jpg\n", ""},
-        BadFile{"LengthBelowTwo", Bytes{0xFF, 0xD8, 0xFF, 0xDB, 0x00, 0x01}, notJpeg,
-                "Error : invalid marker\nin file 'in.jpg'\n"},
-        BadFile{"EndInsideLength", Bytes{0xFF, 0xD8, 0xFF, 0xDB, 0x00}, notJpeg,
-                "Error : invalid marker\nin file 'in.jpg'\n"},
-        BadFile{"TruncatedSegment", truncatedAfter(jpeg({dqt()}), 30), notJpeg,
-                "Error : Premature end of file?\nin file 'in.jpg'\n"},
-        BadFile{"TwentyOneSections", manySections(20), notJpeg,
-                "Error : Too many sections in jpg file\nin file 'in.jpg'\n"},
-        // SOS as the 20th section leaves no room for the image data.
-        BadFile{"ScanAsTwentieth", manySections(19), notJpeg,
-                "Error : Too many sections in jpg file\nin file 'in.jpg'\n"}),
+    testing::Values(BadFile{"NoSoi", Bytes{0x89, 'P', 'N', 'G', 0, 0, 0, 0}, notJpeg, ""},
+                    BadFile{"Empty", Bytes{}, notJpeg, ""},
+                    BadFile{"EoiBeforeScan", Bytes{0xFF, 0xD8, 0xFF, 0xD9, 0x00, 0x02},
+                            "No image in jpeg!\nNot JPEG (or bad one): in.jpg\n", ""},
+                    BadFile{"LengthBelowTwo", Bytes{0xFF, 0xD8, 0xFF, 0xDB, 0x00, 0x01}, notJpeg,
+                            "Error : invalid marker\nin file 'in.jpg'\n"},
+                    BadFile{"EndInsideLength", Bytes{0xFF, 0xD8, 0xFF, 0xDB, 0x00}, notJpeg,
+                            "Error : invalid marker\nin file 'in.jpg'\n"},
+                    BadFile{"TruncatedSegment", truncatedAfter(jpeg({dqt()}), 30), notJpeg,
+                            "Error : Premature end of file?\nin file 'in.jpg'\n"},
+                    BadFile{"TwentyOneSections", manySections(20), notJpeg,
+                            "Error : Too many sections in jpg file\nin file 'in.jpg'\n"},
+                    // SOS as the 20th section leaves no room for the image data.
+                    BadFile{"ScanAsTwentieth", manySections(19), notJpeg,
+                            "Error : Too many sections in jpg file\nin file 'in.jpg'\n"}),
     [](const testing::TestParamInfo<BadFile>& info) { return std::string(info.param.name); });
 
 TEST(JpegSections, NineteenSectionsAndAScanStillFitForMetadata) {

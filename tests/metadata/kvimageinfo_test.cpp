@@ -23,7 +23,9 @@ KVImageInfo record(const QString& path, auto&& fill) {
     return KVImageInfo(std::move(d));
 }
 
-KVImageInfo named(const char* name) { return record(QString::fromLatin1(name), [](auto&) {}); }
+KVImageInfo named(const char* name) {
+    return record(QString::fromLatin1(name), [](auto&) {});
+}
 
 } // namespace
 
@@ -35,8 +37,9 @@ TEST(ImageInfoRecord, NameAndKind) {
 
     QTemporaryDir dir;
     const QString jpg = dir.filePath(QStringLiteral("IMG_0001.JPG"));
-    testsupport::solidImage(8, 8, 0, 0, 0).extract_band(0, vips::VImage::option()->set("n", 3)).jpegsave(
-        QFile::encodeName(jpg).constData());
+    testsupport::solidImage(8, 8, 0, 0, 0)
+        .extract_band(0, vips::VImage::option()->set("n", 3))
+        .jpegsave(QFile::encodeName(jpg).constData());
     const auto fromDisk = KVImageInfo::fromFile(jpg);
     ASSERT_TRUE(fromDisk);
     EXPECT_EQ(fromDisk->kind(), QStringLiteral("JPEG"));
@@ -63,8 +66,8 @@ TEST(ImageInfoRecord, DisplayStrings) {
     EXPECT_EQ(info.flashUsed(), QStringLiteral("Yes"));
 
     const auto empty = named("/y.jpg");
-    for (const QString& s : {empty.exposureTime(), empty.aperture(), empty.focalLength(), empty.focalLength35(),
-                             empty.distance(), empty.iso()})
+    for (const QString& s : {empty.exposureTime(), empty.aperture(), empty.focalLength(),
+                             empty.focalLength35(), empty.distance(), empty.iso()})
         EXPECT_EQ(s, QStringLiteral("-"));
     EXPECT_EQ(empty.flashUsed(), QStringLiteral("No"));
     EXPECT_EQ(empty.comment(), QStringLiteral(""));
@@ -83,8 +86,16 @@ TEST(ImageInfoRecord, SetCommentIgnoresEmptyText) {
 }
 
 TEST(ImageInfoRecord, NumericComparisonsFallBackOnTheName) {
-    const auto a = record(QStringLiteral("/a.jpg"), [](auto& d) { d.width = 10; d.aperture = 2.8f; d.iso = 100; });
-    const auto b = record(QStringLiteral("/b.jpg"), [](auto& d) { d.width = 10; d.aperture = 4; d.iso = 50; });
+    const auto a = record(QStringLiteral("/a.jpg"), [](auto& d) {
+        d.width = 10;
+        d.aperture = 2.8f;
+        d.iso = 100;
+    });
+    const auto b = record(QStringLiteral("/b.jpg"), [](auto& d) {
+        d.width = 10;
+        d.aperture = 4;
+        d.iso = 50;
+    });
     EXPECT_EQ(a.compareWidth(b), -1); // same width: by name
     EXPECT_EQ(b.compareWidth(a), 1);
     EXPECT_EQ(a.compareAperture(b), -1);
@@ -96,7 +107,10 @@ TEST(ImageInfoRecord, NumericComparisonsFallBackOnTheName) {
 }
 
 TEST(ImageInfoRecord, FlagAndTextComparisons) {
-    const auto flash = record(QStringLiteral("/z.jpg"), [](auto& d) { d.flashUsed = true; d.cameraModel = "B"; });
+    const auto flash = record(QStringLiteral("/z.jpg"), [](auto& d) {
+        d.flashUsed = true;
+        d.cameraModel = "B";
+    });
     const auto none = record(QStringLiteral("/a.jpg"), [](auto& d) { d.cameraModel = "A"; });
     EXPECT_EQ(flash.compareFlashused(none), -1);
     EXPECT_EQ(none.compareFlashused(flash), 1);
@@ -110,8 +124,14 @@ TEST(ImageInfoRecord, FlagAndTextComparisons) {
 TEST(ImageInfoRecord, DateComparisons) {
     const QDateTime early(QDate(2001, 1, 1), QTime(10, 0));
     const QDateTime late(QDate(2002, 1, 1), QTime(10, 0));
-    const auto e = record(QStringLiteral("/e.jpg"), [&](auto& d) { d.creationDate = early; d.fileDate = late; });
-    const auto l = record(QStringLiteral("/l.jpg"), [&](auto& d) { d.creationDate = late; d.fileDate = early; });
+    const auto e = record(QStringLiteral("/e.jpg"), [&](auto& d) {
+        d.creationDate = early;
+        d.fileDate = late;
+    });
+    const auto l = record(QStringLiteral("/l.jpg"), [&](auto& d) {
+        d.creationDate = late;
+        d.fileDate = early;
+    });
     const auto none = named("/n.jpg");
     EXPECT_EQ(e.compareCreationdate(l), -1);
     EXPECT_EQ(l.compareCreationdate(e), 1);
@@ -180,7 +200,8 @@ TEST(ImageInfoRecord, ThumbnailComesFromTheExifThumbnailWhenThereIsOne) {
     };
     VipsBlob* blob = rgb(0, 0, 255, 160, 120).jpegsave_buffer();
     const auto* area = VIPS_AREA(blob);
-    const Bytes thumbBytes(static_cast<const uint8_t*>(area->data), static_cast<const uint8_t*>(area->data) + area->length);
+    const Bytes thumbBytes(static_cast<const uint8_t*>(area->data),
+                           static_cast<const uint8_t*>(area->data) + area->length);
     vips_area_unref(VIPS_AREA(blob));
     rgb(255, 0, 0, 400, 300).jpegsave(QFile::encodeName(path).constData());
 
@@ -226,7 +247,8 @@ TEST(ImageInfoRecord, BadDatesLeaveNoDate) {
         t.addAscii(0, 0x9003, text);
         const QString path = dir.filePath(QStringLiteral("d.jpg"));
         const Bytes file = jpeg({segment(0xE1, exifPayload(t.build())), sof(4, 4)});
-        testsupport::writeFile(path, QByteArray(reinterpret_cast<const char*>(file.data()), qsizetype(file.size())));
+        testsupport::writeFile(
+            path, QByteArray(reinterpret_cast<const char*>(file.data()), qsizetype(file.size())));
         const auto info = KVImageInfo::fromFile(path, true, false);
         ASSERT_TRUE(info);
         EXPECT_EQ(info->creationDateString(), QString::fromLatin1(text));
@@ -245,14 +267,16 @@ TEST(ImageInfoRecord, TwoThreadsBuildRecordsAtOnce) {
         const Bytes file = jpeg({segment(0xE1, exifPayload(t.build())), segment(0xFE, {uint8_t('a' + k)}),
                                  sof(uint16_t(100 + k), 50)});
         paths.push_back(dir.filePath(QStringLiteral("t%1.jpg").arg(k)));
-        testsupport::writeFile(paths.back(), QByteArray(reinterpret_cast<const char*>(file.data()), qsizetype(file.size())));
+        testsupport::writeFile(
+            paths.back(), QByteArray(reinterpret_cast<const char*>(file.data()), qsizetype(file.size())));
     }
     std::atomic<int> wrong{0};
     const auto work = [&](int k) {
         for (int round = 0; round < 300; round++) {
             const auto info = KVImageInfo::fromFile(paths[size_t(k)], false, false);
-            if (!info || info->cameraModel() != QStringLiteral("Model %1").arg(k) || info->isoInt() != 100 * (k + 1) ||
-                info->width() != 100 + k || info->comment() != QString(QChar('a' + k)))
+            if (!info || info->cameraModel() != QStringLiteral("Model %1").arg(k) ||
+                info->isoInt() != 100 * (k + 1) || info->width() != 100 + k ||
+                info->comment() != QString(QChar('a' + k)))
                 wrong++;
         }
     };
@@ -279,5 +303,6 @@ TEST(ImageInfoRecord, FromIphotoInfo) {
     ASSERT_TRUE(bare);
     EXPECT_TRUE(bare->path().isEmpty());
     EXPECT_TRUE(bare->caption().isEmpty());
-    EXPECT_FALSE(KVImageInfo::fromIphotoInfo({{QStringLiteral("ImagePath"), dir.filePath(QStringLiteral("none.png"))}}));
+    EXPECT_FALSE(KVImageInfo::fromIphotoInfo(
+        {{QStringLiteral("ImagePath"), dir.filePath(QStringLiteral("none.png"))}}));
 }

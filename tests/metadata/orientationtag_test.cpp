@@ -12,7 +12,9 @@ using namespace exifblocks;
 
 namespace {
 
-QByteArray toQ(const Bytes& b) { return QByteArray(reinterpret_cast<const char*>(b.data()), qsizetype(b.size())); }
+QByteArray toQ(const Bytes& b) {
+    return QByteArray(reinterpret_cast<const char*>(b.data()), qsizetype(b.size()));
+}
 
 int differingBytes(const QByteArray& a, const QByteArray& b) {
     int n = std::abs(int(a.size() - b.size()));
@@ -33,7 +35,7 @@ Bytes cameraFile(bool motorola, const Entry& orientation, int entriesBefore = 2)
 }
 
 class OrientationFiles : public testing::Test {
-protected:
+  protected:
     QTemporaryDir dir;
     QString write(const Bytes& bytes) {
         const QString path = dir.filePath(QStringLiteral("f%1.jpg").arg(m_count++));
@@ -42,7 +44,7 @@ protected:
     }
     static std::string native(const QString& p) { return QFile::encodeName(p).toStdString(); }
 
-private:
+  private:
     int m_count = 0;
 };
 
@@ -82,11 +84,11 @@ TEST_F(OrientationFiles, FilesThatDoNotQualifyGiveZeroAndStayUntouched) {
     highOffset[12 + 6] = 1; // IFD0 offset with a non-zero high half
 
     Bytes noTag = jpeg({segment(0xE1, exifPayload([] {
-                           TiffBuilder t(false);
-                           t.addIfd();
-                           t.addShort(0, 0x0100, 1);
-                           return t.build();
-                       }()))});
+                                    TiffBuilder t(false);
+                                    t.addIfd();
+                                    t.addShort(0, 0x0100, 1);
+                                    return t.build();
+                                }()))});
 
     Bytes badSignature = cameraFile(false, six);
     badSignature[9] = 'X';
@@ -95,7 +97,8 @@ TEST_F(OrientationFiles, FilesThatDoNotQualifyGiveZeroAndStayUntouched) {
     zeroEntries[12 + 8] = 0;
     zeroEntries[12 + 9] = 0;
 
-    for (const Bytes& bytes : {jfifFirst, highOffset, noTag, badSignature, zeroEntries, Bytes{0xFF, 0xD8, 0xFF, 0xE1, 0x00}}) {
+    for (const Bytes& bytes :
+         {jfifFirst, highOffset, noTag, badSignature, zeroEntries, Bytes{0xFF, 0xD8, 0xFF, 0xE1, 0x00}}) {
         const QString path = write(bytes);
         const QByteArray before = testsupport::readFile(path);
         EXPECT_EQ(_getOrientation(native(path).c_str()), 0);
