@@ -155,12 +155,6 @@ INSTANTIATE_TEST_SUITE_P(
                             "Error : Too many sections in jpg file\nin file 'in.jpg'\n"}),
     [](const testing::TestParamInfo<BadFile>& info) { return std::string(info.param.name); });
 
-TEST(JpegSections, NineteenSectionsAndAScanStillFitForMetadata) {
-    Reader r;
-    EXPECT_EQ(r.read(manySections(19), ReadMetadata), 1);
-    EXPECT_EQ(r.ctx.SectionsRead, 20);
-}
-
 TEST(JpegSections, DiscardAllButExifKeepsFirstExifThenFirstComment) {
     Reader r;
     const Bytes file = jpeg({comment({'c', '1'}), dqt(), exifApp1("One"), exifApp1("Two"), sof(4, 4)});
@@ -225,8 +219,3 @@ TEST(JpegSections, FailedWritesAreReported) {
     EXPECT_EQ(WriteJpegFile(r.ctx, "ignored"), 0);
 }
 
-TEST(JpegSections, ReadingAFileThatIsNotThere) {
-    Reader r;
-    EXPECT_EQ(ReadJpegFile(r.ctx, "/nonexistent/x.jpg", ReadMetadata), 0);
-    EXPECT_EQ(r.err.text(), "can't open '/nonexistent/x.jpg'\n");
-}

@@ -77,14 +77,6 @@ TEST(ImageInfoRecord, DisplayStrings) {
     EXPECT_EQ(record(QString(), [](auto& d) { d.exposureTime = 4; }).exposureTime(), QStringLiteral("1/0"));
 }
 
-TEST(ImageInfoRecord, SetCommentIgnoresEmptyText) {
-    auto info = named("/c.jpg");
-    info.setComment(QStringLiteral("kept"));
-    info.setComment(QString());
-    info.setComment(QStringLiteral(""));
-    EXPECT_EQ(info.comment(), QStringLiteral("kept"));
-}
-
 TEST(ImageInfoRecord, NumericComparisonsFallBackOnTheName) {
     const auto a = record(QStringLiteral("/a.jpg"), [](auto& d) {
         d.width = 10;
@@ -287,22 +279,3 @@ TEST(ImageInfoRecord, TwoThreadsBuildRecordsAtOnce) {
     EXPECT_EQ(wrong.load(), 0);
 }
 
-TEST(ImageInfoRecord, FromIphotoInfo) {
-    QTemporaryDir dir;
-    const QString png = dir.filePath(QStringLiteral("lib.png"));
-    testsupport::solidImage(20, 10, 1, 2, 3).pngsave(QFile::encodeName(png).constData());
-    const auto info = KVImageInfo::fromIphotoInfo({{QStringLiteral("ImagePath"), png},
-                                                   {QStringLiteral("Caption"), QStringLiteral("Beach")},
-                                                   {QStringLiteral("Comment"), QStringLiteral("")}});
-    ASSERT_TRUE(info);
-    EXPECT_EQ(info->caption(), QStringLiteral("Beach"));
-    EXPECT_EQ(info->comment(), QStringLiteral(""));
-    EXPECT_EQ(info->width(), 20);
-
-    const auto bare = KVImageInfo::fromIphotoInfo({{QStringLiteral("Caption"), QStringLiteral("x")}});
-    ASSERT_TRUE(bare);
-    EXPECT_TRUE(bare->path().isEmpty());
-    EXPECT_TRUE(bare->caption().isEmpty());
-    EXPECT_FALSE(KVImageInfo::fromIphotoInfo(
-        {{QStringLiteral("ImagePath"), dir.filePath(QStringLiteral("none.png"))}}));
-}
