@@ -174,7 +174,7 @@ check_outputs() {
     expected=$(find "$set" -maxdepth 1 -name '*.jpg' | wc -l)
     if [ "$job" = info ]; then
         local listed
-        listed=$(grep -o '[a-z]*_[0-9]*\.jpg' "$stdout" | sort -u | wc -l)
+        listed=$( (grep -o '[a-z]*_[0-9]*\.jpg' "$stdout" || true) | sort -u | wc -l)
         [ "$listed" -eq "$expected" ] || echo "listed $listed of $expected pictures"
         return 0
     fi
@@ -189,7 +189,7 @@ check_outputs() {
     local inputs=("$set"/*.jpg) index input result w h want
     for index in 0 $((expected / 2)) $((expected - 1)); do
         input=${inputs[index]}
-        result=$(find "$out" -type f -name "$(basename "${input%.*}").*" | head -n 1)
+        result=$(find "$out" -type f -name "$(basename "${input%.*}").*" | sed -n 1p)
         if [ -z "$result" ]; then
             echo "no output named after $(basename "$input")"
             return 0
@@ -205,6 +205,9 @@ check_outputs() {
         fi
     done
 }
+
+# last_line FILE: the last non-blank line, cut short; nothing for an empty file.
+last_line() { awk 'NF { line = $0 } END { print substr(line, 1, 160) }' "$1" 2>/dev/null || true; }
 
 # run_tool JOB TOOL SET RUN: times one run and appends "WALL CPU RSS" to the
 # tool's result file, or records why it failed; a failed tool is not run again.
@@ -227,12 +230,14 @@ run_tool() {
         problem="could not be run: $(tail -n 1 "$tf" 2>/dev/null)"
     else
         read -r wall cpu rss status <<< "$report"
+        local said
+        said=$(last_line "$stderr")
         if [ "$status" -eq 124 ]; then
             problem="stopped after the $limit s time limit"
         elif [ "$status" -gt 128 ]; then
-            problem="killed by signal $((status - 128)): $(grep -v '^\s*$' "$stderr" | tail -n 1 | cut -c1-160)"
+            problem="killed by signal $((status - 128))${said:+: $said}"
         elif [ "$status" -ne 0 ]; then
-            problem="exit status $status: $(grep -v '^\s*$' "$stderr" | tail -n 1 | cut -c1-160)"
+            problem="exit status $status${said:+: $said}"
         else
             problem=$(check_outputs "$job" "$tool" "$set" "$out" "$stdout")
         fi
@@ -246,7 +251,7 @@ run_tool() {
     echo "$wall $cpu $rss" >> "$base.runs"
     if [ "$job" != info ] && [ ! -f "$base.exif" ]; then
         local first
-        first=$(find "$out" -type f -name '*.jpg' | sort | head -n 1)
+        first=$(find "$out" -type f -name '*.jpg' | sort | sed -n 1p)
         if [ -n "$(exiftool -s3 -Make "$first" 2>/dev/null)" ]; then echo yes; else echo no; fi > "$base.exif"
     fi
 }
@@ -316,7 +321,9 @@ table() {
     done
 }
 
-version_of() { "$@" 2>&1 | head -n 1 || true; }
+# The first line of a command's output; the rest is read too, so that the
+# command never dies of a closed pipe.
+version_of() { "$@" 2>&1 | sed -n 1p || true; }
 nbig=$(find "$work/sets/big" -name '*.jpg' | wc -l)
 nsmall=$(find "$work/sets/small" -name '*.jpg' | wc -l)
 real_names=$(for f in "${real_files[@]}"; do basename "$f"; done | paste -sd, - | sed 's/,/, /g')
@@ -333,7 +340,7 @@ commit=$(git -C "$root" rev-parse --short HEAD 2>/dev/null || echo unknown)
     echo
     echo "## Machine and tools"
     echo
-    echo "- Cores: $(nproc); CPU: $(grep -m1 'model name' /proc/cpuinfo | cut -d: -f2- | sed 's/^ *//')"
+    echo "- Cores: $(nproc); CPU: $(awk -F': ' '/^model name/ { print $2; exit }' /proc/cpuinfo)"
     echo "- Memory: $(awk '/MemTotal/ { printf "%.1f GB", $2 / 1048576 }' /proc/meminfo); kernel $(uname -r)"
     echo "- Load average (1, 5, 15 min): $loadavg_start at the start, $loadavg_end at the end"
     echo "- quillet: $(version_of "$quillet" --version) (commit $commit), \`$quillet\`"

@@ -171,6 +171,7 @@ command=$1
 shift
 case $FAKE_FAULT in
     exit) echo "process is broken" >&2; exit 2 ;;
+    silent) exit 3 ;;
     size)
         while [ $# -gt 1 ]; do [ "$1" = --dest ] && dest=$2; shift; done
         mkdir -p "$dest/small" && cp "${1%/}"/*.jpg "$dest/small/" ;;
@@ -183,7 +184,7 @@ FAKE
             --work "$scratch/work" --output "$scratch/results.md" > "$scratch/run.log" 2>&1
         expect "benchmark with a quillet fault '$1' completes" 0 $?
     }
-    row() { grep "^| $1 |" "$scratch/results.md" | head -n 1; }
+    row() { grep "^| $1 |" "$scratch/results.md" | sed -n 1p; }
 
     bench exit small
     case $(row quillet) in *"FAILED: exit status 2: process is broken"*) ok=yes ;; *) ok="$(row quillet)" ;; esac
@@ -191,6 +192,10 @@ FAKE
     case $(row vipsthumbnail) in *"| yes |") ok=yes ;; *) ok="$(row vipsthumbnail)" ;; esac
     expect "other tools still timed" yes "$ok"
     expect "target without a measurement" 1 "$(grep -c '| n/a |$' "$scratch/results.md")"
+
+    bench silent info
+    case $(row quillet) in *"FAILED: exit status 3 |"*) ok=yes ;; *) ok="$(row quillet)" ;; esac
+    expect "silent failure reported" yes "$ok"
 
     bench size small
     case $(row quillet) in *"small_0000.jpg is 640x480, expected 1600x1200"*) ok=yes ;; *) ok="$(row quillet)" ;; esac
