@@ -84,8 +84,8 @@ int runProcess(const QStringList& args) {
 
     ProcessSignals signalWatch({
         [&] {
-            shell.notice(QStringLiteral("Cancelling after the current file (Ctrl-C again to stop at once)"));
             job.cancel();
+            shell.notice(QStringLiteral("Cancelling after the current file (Ctrl-C again to stop at once)"));
         },
         [&] {
             // Ctrl-Z: stop between files, then hand the terminal back.

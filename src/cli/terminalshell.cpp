@@ -100,13 +100,16 @@ int TerminalShell::confirmReplace(const QString& path) {
         return ReplaceAll;
     if (m_conflict == Conflict::Skip || !m_readKey)
         return SkipAll;
-    std::lock_guard lock(m_mutex);
-    clearBar();
-    std::fprintf(m_streams.status,
-                 "'%s' already exists. Replace it? [y]es, [n]o, replace [a]ll in this folder, [s]kip all in this "
-                 "folder: ",
-                 QFileInfo(path).fileName().toLocal8Bit().constData());
-    std::fflush(m_streams.status);
+    {
+        std::lock_guard lock(m_mutex);
+        clearBar();
+        std::fprintf(m_streams.status,
+                     "'%s' already exists. Replace it? [y]es, [n]o, replace [a]ll in this folder, [s]kip all in "
+                     "this folder: ",
+                     QFileInfo(path).fileName().toLocal8Bit().constData());
+        std::fflush(m_streams.status);
+    }
+    // The lock is not held while waiting, so Ctrl-C notices still get through.
     for (;;) {
         const int key = m_readKey();
         int answer = -1;
@@ -119,6 +122,7 @@ int TerminalShell::confirmReplace(const QString& path) {
         default: break;
         }
         if (answer >= 0) {
+            std::lock_guard lock(m_mutex);
             std::fprintf(m_streams.status, "%c\n", key > 0 ? char(key) : 's');
             std::fflush(m_streams.status);
             drawBar();

@@ -6,8 +6,6 @@
 #include "engine/textwatermark.h"
 #include "engine/watermarkfields.h"
 
-#include <QFile>
-
 namespace PipelineSteps {
 
 int orientationOf(const QString& path) {
