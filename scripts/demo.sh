@@ -6,5 +6,5 @@ cd "$(dirname "$0")/.."
 scripts/install-deps.sh
 scripts/build.sh release
 rm -rf out/demo
-build/release/quillet process --fit 320x320 --quality 85 --dest out/demo samples/
+build/release/quillet process --rotate auto --fit 320x320 --quality 85 --dest out/demo samples/
 echo "Outputs written to $(pwd)/out/demo"
