@@ -6,8 +6,8 @@
 #include "support/activitylog.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -18,45 +18,27 @@ using Outcome = FileRotation::Outcome;
 
 namespace {
 
-class RecordingLog final : public ActivityLog {
-  public:
+// The fixture stands in for the log, the tool and the file system: the real
+// tool and file system, with their calls kept and failures on demand.
+class FileRotationTest : public ::testing::Test, ActivityLog, JpegtranRunner, InplaceFileSystem {
+  protected:
     void writeActivity(const QString& line) override { lines.append(line); }
     void writeWarningActivity(const QString& line) override { warnings.append(line); }
-    QStringList lines, warnings;
-};
-
-// The real tool with its arguments kept, or one that fails after scribbling
-// over its output (failWith -1: could not be run).
-class RecordingJpegtran final : public JpegtranRunner {
-  public:
+    // failWith: the tool fails after scribbling over its output (-1: could not be run).
     int run(const QStringList& arguments) override {
         calls.append(arguments);
         if (failWith != 0)
             writeFile(arguments.at(3), "half a picture");
         return failWith != 0 ? failWith : JpegtranRunner::run(arguments);
     }
-    QList<QStringList> calls;
-    int failWith = 0;
-};
-
-class FailingFileSystem final : public InplaceFileSystem {
-  public:
+    // renamesLeft: renames that work before one fails; -1: all work.
     bool rename(const QString& from, const QString& to) override {
         return renamesLeft-- != 0 && InplaceFileSystem::rename(from, to);
     }
     bool makeFolder(const QString& path) override {
         return !failFolders && InplaceFileSystem::makeFolder(path);
     }
-    int renamesLeft = -1; // renames that work before one fails; -1: all work
-    bool failFolders = false;
-};
 
-class FileRotationTest : public ::testing::Test {
-  protected:
-    void TearDown() override {
-        if (HasFailure())
-            std::printf("warnings:\n%s", qPrintable(log.warnings.join(QString())));
-    }
     QString put(const QString& name, const QByteArray& bytes) {
         EXPECT_TRUE(writeFile(dir.filePath(name), bytes));
         return dir.filePath(name);
@@ -65,159 +47,135 @@ class FileRotationTest : public ::testing::Test {
         return QDir(dir.filePath(sub))
             .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
     }
-    Outcome rotate(const QString& path, int degrees, bool backup = false) {
-        return rotation.rotate(path, degrees, backup);
+    int runTool(const QStringList& args) {
+        QProcess process;
+        process.start(cliPath(), args);
+        process.waitForFinished(120000);
+        out = QString::fromLocal8Bit(process.readAllStandardOutput());
+        err = QString::fromLocal8Bit(process.readAllStandardError());
+        return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     }
     QTemporaryDir dir;
-    RecordingLog log;
-    RecordingJpegtran jpegtran;
-    FailingFileSystem fileSystem;
-    FileRotation rotation{jpegtran, fileSystem, log};
+    QStringList lines, warnings;
+    QString out, err; // of the command-line tool
+    QList<QStringList> calls;
+    int failWith = 0, renamesLeft = -1;
+    bool failFolders = false;
+    FileRotation rotation{*this, *this, *this};
 };
 
 TEST_F(FileRotationTest, AutomaticTurnsACameraPictureUprightAndKeepsItsExif) {
     QString sample;
     QUILLET_SAMPLE_OR_SKIP(sample, "orientation-landscape_1.jpg"); // its EXIF block comes first
-    const QString path = put(QStringLiteral("portrait.jpg"), readFile(sample));
+    const QString path = put(u"portrait.jpg"_s, readFile(sample));
     ASSERT_EQ(KVImageInfo::setOrientation(6, path), 1);
-    const auto before = KVImageInfo::fromFile(path);
+    // value() throws, failing the test, when the EXIF cannot be read.
+    const auto exif = [&path] {
+        const KVImageInfo info = KVImageInfo::fromFile(path).value();
+        return std::tuple(info.cameraModel(), info.creationDate(), info.exposureTimeFloat(), info.isoInt());
+    };
+    const auto before = exif();
     const vips::VImage expected = plainRotation(path, 90);
 
-    ASSERT_EQ(rotate(path, 0), Outcome::Rotated);
-    const QStringList arguments{QStringLiteral("-rotate"), QStringLiteral("90"), QStringLiteral("-outfile"),
-                                path, dir.filePath(".qlt.portrait.jpg")};
-    EXPECT_EQ(jpegtran.calls, QList<QStringList>{arguments});
-    EXPECT_EQ(log.lines, QStringList{QStringLiteral("Rotated 'portrait.jpg'\n")});
+    ASSERT_EQ(rotation.rotate(path, 0, false), Outcome::Rotated);
+    EXPECT_EQ(calls, (QList<QStringList>{
+                         {u"-rotate"_s, u"90"_s, u"-outfile"_s, path, dir.filePath(".qlt.portrait.jpg")}}));
+    EXPECT_EQ(lines, QStringList{u"Rotated 'portrait.jpg'\n"_s});
     EXPECT_EQ(KVImageInfo::orientationForPath(path), 1);
-    const auto after = KVImageInfo::fromFile(path);
-    ASSERT_TRUE(before && after);
-    EXPECT_EQ(after->cameraModel(), before->cameraModel());
-    EXPECT_EQ(after->creationDate(), before->creationDate());
-    EXPECT_EQ(after->exposureTimeFloat(), before->exposureTimeFloat());
-    EXPECT_EQ(after->isoInt(), before->isoInt());
-    EXPECT_EQ(maxDifference(decode(path), expected), 0);
-    EXPECT_EQ(entries(), QStringList{QStringLiteral("portrait.jpg")});
+    EXPECT_EQ(exif(), before);
+    EXPECT_EQ(maxDifference(path, expected), 0);
+    EXPECT_EQ(entries(), QStringList{u"portrait.jpg"_s});
 }
 
 TEST_F(FileRotationTest, AnglesAndWhatBecomesOfTheTag) {
-    // {orientation, degrees asked, where the red corner ends up, tag afterwards}
-    const struct {
-        int orientation, degrees, x, y, tag;
-        bool jfifFirst;
-    } cases[] = {{8, 0, 4, 60, 1, false},
-                 {3, 0, 60, 44, 1, false},
-                 {6, 180, 60, 44, 6, false},
-                 {-1, 90, 44, 4, 0, false},
-                 {6, 270, 4, 60, 6, true}};
-    for (const auto& c : cases) {
-        const QString path = put(QStringLiteral("photo.jpg"), markedJpeg(c.orientation, c.jfifFirst));
+    // {orientation (-1: no EXIF), JFIF in front, degrees asked, where the red corner ends up, tag afterwards}
+    const int cases[][6] = {
+        {8, 0, 0, 4, 60, 1},   {3, 0, 0, 60, 44, 1},  {6, 0, 180, 60, 44, 6},
+        {-1, 0, 90, 44, 4, 0}, {6, 1, 270, 4, 60, 6},
+    };
+    for (const auto& [orientation, jfifFirst, degrees, x, y, tag] : cases) {
+        const QString path = put(u"photo.jpg"_s, markedJpeg(orientation, jfifFirst));
         // The mode is kept, though the tool writes a new file.
         QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-        ASSERT_EQ(rotate(path, c.degrees), Outcome::Rotated) << c.orientation;
-        EXPECT_GT(pixelAt(decode(path), c.x, c.y)[0], 200) << c.orientation;
-        EXPECT_EQ(KVImageInfo::orientationForPath(path), c.tag) << c.orientation;
+        ASSERT_EQ(rotation.rotate(path, degrees, false), Outcome::Rotated) << orientation;
+        EXPECT_GT(pixelAt(decode(path), x, y)[0], 200) << orientation;
+        EXPECT_EQ(KVImageInfo::orientationForPath(path), tag) << orientation;
         EXPECT_EQ(QFile::permissions(path) & 0x7077, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     }
-}
 
-TEST_F(FileRotationTest, AutomaticModeLeavesOtherOrientationsAlone) {
-    // Upright, the mirrored values, no tag, no EXIF, and EXIF behind JFIF.
-    for (const auto& [orientation, jfifFirst] : {std::pair{1, false},
-                                                 {2, false},
-                                                 {4, false},
-                                                 {5, false},
-                                                 {7, false},
-                                                 {0, false},
-                                                 {-1, false},
-                                                 {6, true}}) {
-        const QByteArray original = markedJpeg(orientation, jfifFirst);
-        const QString path = put(QStringLiteral("photo.jpg"), original);
-        EXPECT_EQ(rotate(path, 0), Outcome::Skipped) << orientation;
+    // Automatic mode leaves alone the upright and mirrored values, no tag, no
+    // EXIF, and (the 6) EXIF behind JFIF.
+    for (const int orientation : {1, 2, 4, 5, 7, 0, -1, 6}) {
+        const QByteArray original = markedJpeg(orientation, orientation == 6);
+        const QString path = put(u"photo.jpg"_s, original);
+        EXPECT_EQ(rotation.rotate(path, 0, false), Outcome::Skipped) << orientation;
         EXPECT_EQ(readFile(path), original);
     }
-    EXPECT_TRUE(jpegtran.calls.isEmpty());
-    EXPECT_EQ(log.lines.last(), QStringLiteral("Skipping 'photo.jpg'\n"));
-    EXPECT_EQ(entries(), QStringList{QStringLiteral("photo.jpg")});
-}
-
-TEST_F(FileRotationTest, FilesThatCannotBeTurnedComeBackByteForByte) {
-    const QByteArray png = blobBytes(solidImage(8, 8, 1, 2, 3).pngsave_buffer());
-    for (const QByteArray& bytes : {png, markedJpeg(6).left(400), QByteArray()}) {
-        for (const bool backup : {false, true}) {
-            const QString path = put(QStringLiteral("picture.jpg"), bytes);
-            EXPECT_EQ(rotate(path, 90, backup), Outcome::Bad);
-            EXPECT_EQ(readFile(path), bytes);
-            EXPECT_EQ(log.warnings.last(), QStringLiteral("'picture.jpg' is not a JPEG\n"));
-        }
-    }
-    EXPECT_EQ(entries(), (QStringList{QStringLiteral("Quillet Originals"), QStringLiteral("picture.jpg")}));
-    EXPECT_TRUE(entries(QStringLiteral("Quillet Originals")).isEmpty());
-
-    QDir(dir.path()).mkdir(QStringLiteral("album.jpg"));
-    EXPECT_EQ(rotate(dir.filePath("album.jpg"), 90), Outcome::Bad);
-    EXPECT_EQ(log.warnings.last(), QStringLiteral("'album.jpg' is a folder\n"));
+    EXPECT_EQ(calls.size(), qsizetype(std::size(cases)));
+    EXPECT_EQ(lines.last(), u"Skipping 'photo.jpg'\n"_s);
+    EXPECT_EQ(entries(), QStringList{u"photo.jpg"_s});
 }
 
 TEST_F(FileRotationTest, ReadOnlyFilesAndFoldersAreLeftAlone) {
     const QByteArray original = markedJpeg(6);
-    const QString locked = put(QStringLiteral("locked.jpg"), original);
+    const QString locked = put(u"locked.jpg"_s, original);
     QFile::setPermissions(locked, QFileDevice::ReadOwner);
-    EXPECT_EQ(rotate(locked, 90), Outcome::Bad);
-    EXPECT_EQ(log.warnings.last(), QStringLiteral("'locked.jpg' is read-only\n"));
+    EXPECT_EQ(rotation.rotate(locked, 90, false), Outcome::Bad);
+    EXPECT_EQ(warnings.last(), u"'locked.jpg' is read-only\n"_s);
 
-    QDir(dir.path()).mkdir(QStringLiteral("shelf"));
-    const QString shelved = put(QStringLiteral("shelf/photo.jpg"), original);
-    QFile::setPermissions(dir.filePath("shelf"), QFileDevice::ReadOwner | QFileDevice::ExeOwner);
-    EXPECT_EQ(rotate(shelved, 90, true), Outcome::Bad);
-    EXPECT_EQ(rotate(shelved, 0, false), Outcome::Bad);
-    EXPECT_EQ(entries(QStringLiteral("shelf")), QStringList{QStringLiteral("photo.jpg")});
-    QFile::setPermissions(dir.filePath("shelf"),
-                          QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    QDir(dir.path()).mkdir(u"shelf"_s);
+    const QString shelved = put(u"shelf/photo.jpg"_s, original);
+    const auto rx = QFileDevice::ReadOwner | QFileDevice::ExeOwner;
+    QFile::setPermissions(dir.filePath("shelf"), rx);
+    EXPECT_EQ(rotation.rotate(shelved, 90, true), Outcome::Bad);
+    EXPECT_EQ(rotation.rotate(shelved, 0, false), Outcome::Bad);
+    EXPECT_EQ(entries(u"shelf"_s), QStringList{u"photo.jpg"_s});
+    QFile::setPermissions(dir.filePath("shelf"), rx | QFileDevice::WriteOwner);
     EXPECT_EQ(readFile(locked), original);
     EXPECT_EQ(readFile(shelved), original);
-    EXPECT_TRUE(jpegtran.calls.isEmpty());
+    EXPECT_TRUE(calls.isEmpty());
 }
 
 TEST_F(FileRotationTest, BackupKeepsOneGenerationOfTheOriginal) {
-    const QString path = put(QStringLiteral("photo.jpg"), markedJpeg(1));
+    const QString path = put(u"photo.jpg"_s, markedJpeg(1));
     const QString backup = dir.filePath("Quillet Originals/photo.jpg");
     // After a restore, the backup can be a second name of the file itself.
-    QDir(dir.path()).mkdir(QStringLiteral("Quillet Originals"));
+    QDir(dir.path()).mkdir(u"Quillet Originals"_s);
     ASSERT_EQ(::link(path.toLocal8Bit().constData(), backup.toLocal8Bit().constData()), 0);
-    ASSERT_EQ(rotate(path, 90, true), Outcome::Rotated);
-    EXPECT_EQ(jpegtran.calls.last().last(), backup);
+    ASSERT_EQ(rotation.rotate(path, 90, true), Outcome::Rotated);
+    EXPECT_EQ(calls.last().last(), backup);
     EXPECT_EQ(readFile(backup), markedJpeg(1));
     const QByteArray once = readFile(path);
-    ASSERT_EQ(rotate(path, 90, true), Outcome::Rotated);
+    ASSERT_EQ(rotation.rotate(path, 90, true), Outcome::Rotated);
     EXPECT_EQ(readFile(backup), once);
-    EXPECT_EQ(entries(), (QStringList{QStringLiteral("Quillet Originals"), QStringLiteral("photo.jpg")}));
+    EXPECT_EQ(entries(), (QStringList{u"Quillet Originals"_s, u"photo.jpg"_s}));
 }
 
 TEST_F(FileRotationTest, AFailingStepPutsTheOriginalBack) {
     const QByteArray original = markedJpeg(6);
-    const QString path = put(QStringLiteral("photo.jpg"), original);
-    fileSystem.failFolders = true; // no backup folder
-    EXPECT_EQ(rotate(path, 90, true), Outcome::Bad);
-    fileSystem.failFolders = false;
+    const QString path = put(u"photo.jpg"_s, original);
+    failFolders = true; // no backup folder
+    EXPECT_EQ(rotation.rotate(path, 90, true), Outcome::Bad);
+    failFolders = false;
     for (const bool backup : {false, true}) {
-        fileSystem.renamesLeft = 0; // the move aside
-        EXPECT_EQ(rotate(path, 90, backup), Outcome::Bad);
-        fileSystem.renamesLeft = -1;
-        jpegtran.failWith = backup ? 1 : -1; // the tool, after writing half a file
-        EXPECT_EQ(rotate(path, 90, backup), Outcome::Bad);
-        jpegtran.failWith = 0;
+        renamesLeft = 0; // the move aside
+        EXPECT_EQ(rotation.rotate(path, 90, backup), Outcome::Bad);
+        renamesLeft = -1;
+        failWith = backup ? 1 : -1; // the tool, after writing half a file
+        EXPECT_EQ(rotation.rotate(path, 90, backup), Outcome::Bad);
+        failWith = 0;
     }
     EXPECT_EQ(readFile(path), original);
-    EXPECT_EQ(entries(), (QStringList{QStringLiteral("Quillet Originals"), QStringLiteral("photo.jpg")}));
-    EXPECT_EQ(jpegtran.calls.size(), 2);
+    EXPECT_EQ(entries(), (QStringList{u"Quillet Originals"_s, u"photo.jpg"_s}));
+    EXPECT_EQ(calls.size(), 2);
 
     // When even the move back fails, the original waits under its temporary
     // name, the file is not touched again, and the next run puts it back.
-    jpegtran.failWith = 1;
-    fileSystem.renamesLeft = 1;
-    EXPECT_EQ(rotate(path, 90), Outcome::Bad);
-    jpegtran.failWith = 0;
-    EXPECT_EQ(rotate(path, 90), Outcome::Bad);
+    failWith = 1;
+    renamesLeft = 1;
+    EXPECT_EQ(rotation.rotate(path, 90, false), Outcome::Bad);
+    failWith = 0;
+    EXPECT_EQ(rotation.rotate(path, 90, false), Outcome::Bad);
     EXPECT_EQ(readFile(FileRotation::temporaryPath(path)), original);
     rotation.restoreLeftovers({path});
     EXPECT_EQ(readFile(path), original);
@@ -229,36 +187,98 @@ TEST_F(FileRotationTest, LeftoversOfAnInterruptedRunArePutBack) {
     // under its temporary name: nothing, half a file, a turned copy without
     // EXIF, or the original itself under both names.
     const QByteArray original = markedJpeg(6);
+    const QString path = dir.filePath("photo.jpg");
     for (int state = 0; state < 4; ++state) {
-        const QString path = dir.filePath("photo.jpg");
-        const QString temporary = put(QStringLiteral(".qlt.photo.jpg"), original);
+        const QString temporary = put(u".qlt.photo.jpg"_s, original);
         if (state == 1)
             writeFile(path, original.left(300));
         if (state == 2)
-            QProcess::execute(QStringLiteral("jpegtran"), {QStringLiteral("-rotate"), QStringLiteral("90"),
-                                                           QStringLiteral("-outfile"), path, temporary});
-        if (state == 3) {
-            ASSERT_EQ(::link(temporary.toLocal8Bit().constData(), path.toLocal8Bit().constData()), 0);
-        }
+            QProcess::execute(u"jpegtran"_s, {u"-rotate"_s, u"90"_s, u"-outfile"_s, path, temporary});
+        ASSERT_TRUE(state != 3 ||
+                    ::link(temporary.toLocal8Bit().constData(), path.toLocal8Bit().constData()) == 0);
         rotation.restoreLeftovers({path});
         EXPECT_EQ(readFile(path), original) << state;
-        EXPECT_EQ(entries(), QStringList{QStringLiteral("photo.jpg")}) << state;
+        EXPECT_EQ(entries(), QStringList{u"photo.jpg"_s}) << state;
         QFile::remove(path);
     }
+    EXPECT_EQ(lines.last(), u"Restored 'photo.jpg' from an interrupted rotation\n"_s);
+}
 
-    // A missing file is put back from the run over another file of its
-    // folder; one that is there and not listed is not ours to judge.
-    const QString listed = put(QStringLiteral("listed.jpg"), "half");
-    put(QStringLiteral(".qlt.listed.jpg"), original);
-    put(QStringLiteral(".qlt.gone.jpg"), original);
-    put(QStringLiteral(".qlt.other.jpg"), original);
-    put(QStringLiteral("other.jpg"), "someone else's");
-    rotation.restoreLeftovers({listed});
-    EXPECT_EQ(readFile(listed), original);
-    EXPECT_EQ(readFile(dir.filePath("gone.jpg")), original);
-    EXPECT_EQ(entries(), (QStringList{QStringLiteral(".qlt.other.jpg"), QStringLiteral("gone.jpg"),
-                                      QStringLiteral("listed.jpg"), QStringLiteral("other.jpg")}));
-    EXPECT_EQ(log.lines.last(), QStringLiteral("Restored 'listed.jpg' from an interrupted rotation\n"));
+TEST_F(FileRotationTest, NonJpegFilesComeBackByteForByteAndAreReported) {
+    const QByteArray png("\x89PNG\r\n\x1a\n", 8), truncated = markedJpeg(6).left(400);
+    const QStringList bad{put(u"picture.png"_s, png), put(u"cut.jpg"_s, truncated), put(u"empty.jpg"_s, {})};
+    const QString upright = put(u"upright.jpg"_s, markedJpeg(1));
+    EXPECT_EQ(runTool(QStringList{u"rotate"_s, u"cw"_s, u"--backup"_s} + bad + QStringList{upright}), 1);
+    EXPECT_TRUE(
+        err.startsWith(u"'picture.png' is not a JPEG\n'cut.jpg' is not a JPEG\n'empty.jpg' is not a JPEG\n"
+                       "Non-JPEG Files: Lossless JPEG operations can only be performed on JPEG files. "
+                       "Non-JPEG files ignored.\n"_s))
+        << err.toStdString();
+    EXPECT_EQ(readFile(bad[0]), png);
+    EXPECT_EQ(readFile(bad[1]), truncated);
+    EXPECT_EQ(readFile(bad[2]), QByteArray());
+    EXPECT_EQ(readFile(FileRotation::backupPath(upright)), markedJpeg(1));
+    EXPECT_EQ(entries(u"Quillet Originals"_s), QStringList{u"upright.jpg"_s});
+}
+
+// Runs killed outright at several steps of a rotation never lose a file; the
+// next run of the same command puts every leftover back and finishes the job.
+// A run that is asked to stop finishes the file in hand and stops.
+TEST_F(FileRotationTest, KilledRunsLoseNothingAndTheNextRunRecovers) {
+    const QString slowTool =
+        put(u"slow-jpegtran"_s, "#!/bin/sh\nsleep 0.15\njpegtran \"$@\" || exit $?\nsleep 0.15\n");
+    QFile::setPermissions(slowTool, QFile::permissions(slowTool) | QFileDevice::ExeOwner);
+    const QByteArray original = markedJpeg(6);
+    const vips::VImage expected = plainRotation(put(u"plain.jpg"_s, original), 90);
+    const QDir batch(dir.filePath("batch"));
+    const auto leftovers = [&batch] { return batch.entryList({u".qlt.*"_s}, QDir::Files | QDir::Hidden); };
+
+    for (const bool backup : {false, true}) {
+        batch.mkpath(u"."_s);
+        QStringList args{u"rotate"_s, u"auto"_s}, paths;
+        if (backup)
+            args.append(u"--backup"_s);
+        for (int i = 0; i < 12; ++i)
+            paths.append(put(u"batch/p%1.jpg"_s.arg(i), original));
+        args += paths;
+
+        for (const int killAfter : {-1, 0, 90, 180, 270}) {
+            // Counted from the moment a file has been moved aside.
+            QProcess process;
+            process.setEnvironment(QProcess::systemEnvironment() << u"QUILLET_JPEGTRAN="_s + slowTool);
+            process.start(cliPath(), args);
+            ASSERT_TRUE(process.waitForStarted());
+            for (int waited = 0; leftovers().isEmpty() && waited < 30000; waited += 5)
+                QThread::msleep(5);
+            if (killAfter < 0) {
+                // A plain kill lets the file in hand finish: nothing is left over.
+                process.terminate();
+                process.waitForFinished();
+                EXPECT_EQ(process.exitCode(), 130);
+                EXPECT_EQ(leftovers(), QStringList());
+            }
+            QThread::msleep(std::max(killAfter, 0));
+            process.kill();
+            process.waitForFinished();
+            for (const QString& path : paths) {
+                const QString temporary = FileRotation::temporaryPath(path);
+                const bool kept = readFile(path) == original || readFile(temporary) == original;
+                const bool done = !QFile::exists(temporary) && KVImageInfo::orientationForPath(path) == 1;
+                EXPECT_TRUE(kept || done) << path.toStdString() << " killed after " << killAfter << " ms";
+            }
+        }
+        const bool interrupted = !leftovers().isEmpty();
+
+        EXPECT_EQ(runTool(args), 0) << err.toStdString();
+        EXPECT_EQ(out.contains(u"from an interrupted rotation"_s), interrupted);
+        for (const QString& path : paths) {
+            EXPECT_EQ(KVImageInfo::orientationForPath(path), 1) << path.toStdString();
+            EXPECT_EQ(maxDifference(path, expected), 0) << path.toStdString();
+            EXPECT_FALSE(QFile::exists(FileRotation::temporaryPath(path)));
+            EXPECT_EQ(readFile(FileRotation::backupPath(path)), backup ? original : QByteArray());
+        }
+        QDir(batch).removeRecursively();
+    }
 }
 
 } // namespace
