@@ -10,197 +10,110 @@ namespace {
 namespace K = ParamKey;
 
 QVariantMap record(const char* name, int id = 0, int rotation = 0) {
-    QVariantMap m;
+    QVariantMap m{{QLatin1String(K::Rotation), rotation}};
     if (name)
         m.insert(QLatin1String(K::Name), QString::fromUtf8(name));
     if (id)
         m.insert(QLatin1String(K::Id), id);
-    m.insert(QLatin1String(K::Rotation), rotation);
     return m;
 }
 
-QStringList list(std::initializer_list<const char*> names) {
+// The store in menu order as "name#id|name#id...".
+std::string rows(const PresetStore& store) {
     QStringList out;
-    for (const char* n : names)
-        out.append(QString::fromUtf8(n));
-    return out;
-}
-
-QList<int> ids(const PresetStore& store) {
-    QList<int> out;
     for (const ProcessingParams& p : store.presets())
-        out.append(p.intValue(K::Id));
-    return out;
+        out.append(p.stringValue(K::Name) + QLatin1Char('#') + QString::number(p.intValue(K::Id)));
+    return out.join(QLatin1Char('|')).toStdString();
 }
 
+// Every load and save goes through a fresh QSettings on a real INI file.
 class PresetStoreTest : public testing::Test {
   protected:
-    QString iniPath() const { return dir.filePath(QStringLiteral("store.ini")); }
-    // A fresh QSettings on the same file, so every check goes through the disk.
-    std::unique_ptr<QSettings> reopen() const {
-        return std::make_unique<QSettings>(iniPath(), QSettings::IniFormat);
+    std::unique_ptr<QSettings> ini() const {
+        return std::make_unique<QSettings>(dir.filePath(QStringLiteral("s.ini")), QSettings::IniFormat);
     }
-    void seed(const char* key, const QVariant& value) {
-        auto s = reopen();
-        s->setValue(QLatin1String(key), value);
-    }
-    PresetStore load() { return PresetStore::load(*reopen()); }
+    void seed(const char* key, const QVariant& value) const { ini()->setValue(QLatin1String(key), value); }
+    PresetStore load() const { return PresetStore::load(*ini()); }
 
     QTemporaryDir dir;
 };
 
-TEST_F(PresetStoreTest, RecordsRoundTripThroughTheSettingsFileWithTheirTypes) {
+TEST_F(PresetStoreTest, RecordsRoundTripThroughTheIniFileWithTheirTypes) {
     PresetStore store = load();
     ProcessingParams params = ProcessingParams::defaults();
     params.setIntList(K::DynWatermarkFields, {3, 0});
     params.setColor(K::BackgroundColor, RgbaColor{0.1, 0.2, 1.0 / 3.0, 0.5});
-    params.setBool(K::HasFizeLimit, true);
-    params.setInt(K::SizeLimit, 250);
     ASSERT_EQ(store.addPreset(QStringLiteral("  Web  "), params), 0);
-    ASSERT_TRUE(store.save(*reopen()));
-
+    ASSERT_TRUE(store.save(*ini()));
     const PresetStore back = load();
-    ASSERT_EQ(back.count(), 1);
+    ASSERT_EQ(rows(back), "Web#1");
     const ProcessingParams& p = back.presets().first();
-    EXPECT_EQ(p.stringValue(K::Name), QStringLiteral("Web"));
-    EXPECT_EQ(p.intValue(K::Id), 1);
     EXPECT_EQ(p.values().value(QLatin1String(K::JpegQuality)).typeId(), QMetaType::Int);
     EXPECT_EQ(p.values().value(QLatin1String(K::PreserveHeader)).typeId(), QMetaType::Bool);
-    EXPECT_EQ(p.sizeLimitBytes(), 250 * 1024);
     EXPECT_EQ(p.intList(K::DynWatermarkFields), QList<int>({3, 0}));
     EXPECT_EQ(p.colorValue(K::BackgroundColor), (RgbaColor{0.1, 0.2, 1.0 / 3.0, 0.5}));
-    EXPECT_EQ(back.nextId(), 2);
 }
 
-TEST_F(PresetStoreTest, OldStorageMigratesOnceWithNamesAndIds) {
-    QVariantMap old;
-    old.insert(QStringLiteral("Beach"), record(nullptr, 0, 1));
-    old.insert(QStringLiteral("Archive"), record(nullptr, 0, 3));
-    seed(PresetStore::OldPresetsKey, old);
-
-    const PresetStore store = load();
-    EXPECT_EQ(store.names(), list({"Archive", "Beach"}));
-    EXPECT_EQ(ids(store), QList<int>({1, 2}));
+TEST_F(PresetStoreTest, OldStorageMigratesOnlyOnce) {
+    seed(PresetStore::OldPresetsKey,
+         QVariantMap{{"Beach", record(nullptr, 0, 1)}, {"Archive", record(nullptr, 0, 3)}});
+    PresetStore store = load();
+    EXPECT_EQ(rows(store), "Archive#1|Beach#2");
     EXPECT_EQ(store.presets().at(1).intValue(K::Rotation), 1);
-    EXPECT_TRUE(reopen()->contains(QLatin1String(PresetStore::PresetsKey)));
-
-    // Once "Presets" exists the old storage is never read again.
-    QVariantMap later;
-    later.insert(QStringLiteral("Ghost"), record(nullptr));
-    seed(PresetStore::OldPresetsKey, later);
-    PresetStore reloaded = load();
-    EXPECT_EQ(reloaded.names(), list({"Archive", "Beach"}));
-
-    // Nor once every preset has been deleted: an empty list is still a list.
-    reloaded.removePreset(1);
-    reloaded.removePreset(0);
-    ASSERT_TRUE(reloaded.save(*reopen()));
+    // Once "Presets" exists the old storage is never read again, even after
+    // every preset has been deleted: an empty list is still a list.
+    seed(PresetStore::OldPresetsKey, QVariantMap{{"Ghost", record(nullptr)}});
+    EXPECT_EQ(rows(load()), "Archive#1|Beach#2");
+    ASSERT_TRUE(store.removePreset(1) && store.removePreset(0));
+    ASSERT_TRUE(store.save(*ini()));
     EXPECT_EQ(load().count(), 0);
 }
 
-TEST_F(PresetStoreTest, LoadingMakesNamesUniqueAndFillsMissingIds) {
+TEST_F(PresetStoreTest, LoadingMakesNamesUniqueFillsMissingIdsAndWritesThatBack) {
     seed(PresetStore::PresetsKey, QVariantList{record("A", 0), record("A", 7), record("A", -2),
                                                record(nullptr), record(nullptr, 3), QStringLiteral("junk")});
     const PresetStore store = load();
-    EXPECT_EQ(store.names(), list({"A", "A copy", "A copy copy", "", ""}));
-    EXPECT_EQ(ids(store), QList<int>({8, 7, 9, 10, 3}));
+    EXPECT_EQ(rows(store), "A#8|A copy#7|A copy copy#9|#10|#3");
+    EXPECT_EQ(store.menuTitles().join('|'), "None|A|A copy|A copy copy|Untitled 0|Untitled 1");
     EXPECT_EQ(store.nextId(), 11);
-    EXPECT_EQ(store.menuTitles(), list({"None", "A", "A copy", "A copy copy", "Untitled 0", "Untitled 1"}));
-    // The fixed-up list was written back.
-    EXPECT_EQ(ids(load()), QList<int>({8, 7, 9, 10, 3}));
+    EXPECT_EQ(rows(load()), rows(store));
 }
 
-TEST_F(PresetStoreTest, AddAndRenameRefuseUnacceptableNames) {
+TEST_F(PresetStoreTest, AddRenameDuplicateAndImportKeepNamesUnique) {
+    seed(PresetStore::PresetsKey, QVariantList{record("A", 1), record("B", 2), record("C", 3)});
     PresetStore store = load();
-    const ProcessingParams params = ProcessingParams::defaults();
-    ASSERT_EQ(store.addPreset(QStringLiteral("Trip"), params), 0);
-    ASSERT_EQ(store.addPreset(QStringLiteral("Web"), params), 1);
-    for (const QString& bad : {QStringLiteral("   "), QStringLiteral("None"), QStringLiteral(" Trip ")}) {
-        EXPECT_EQ(store.addPreset(bad, params), -1) << bad.toStdString();
-        EXPECT_FALSE(store.renamePreset(1, bad)) << bad.toStdString();
+    for (const char* bad : {"   ", "None", " A "}) {
+        EXPECT_EQ(store.addPreset(QString::fromLatin1(bad), ProcessingParams::defaults()), -1) << bad;
+        EXPECT_FALSE(store.renamePreset(1, QString::fromLatin1(bad))) << bad;
     }
-    EXPECT_FALSE(store.renamePreset(1, QStringLiteral("Web"))); // its own name too
-    EXPECT_EQ(store.names(), list({"Trip", "Web"}));
-    EXPECT_TRUE(store.renamePreset(1, QStringLiteral(" Print ")));
-    EXPECT_EQ(store.names(), list({"Trip", "Print"}));
-    EXPECT_FALSE(store.renamePreset(5, QStringLiteral("X")));
-}
-
-TEST_F(PresetStoreTest, DuplicatingGivesCopyNamesAndNewIdsBelowTheOriginal) {
-    PresetStore store = load();
-    store.addPreset(QStringLiteral("Trip"), ProcessingParams::defaults());
-    store.addPreset(QStringLiteral("Web"), ProcessingParams::defaults());
-    EXPECT_EQ(store.duplicatePreset(0), 1);
-    EXPECT_EQ(store.duplicatePreset(0), 1);
-    EXPECT_EQ(store.names(), list({"Trip", "Trip copy 2", "Trip copy", "Web"}));
-    EXPECT_EQ(store.duplicatePreset(2), 3);
-    EXPECT_EQ(store.names(), list({"Trip", "Trip copy 2", "Trip copy", "Trip copy 1", "Web"}));
-    EXPECT_EQ(ids(store), QList<int>({1, 4, 3, 5, 2}));
-    EXPECT_EQ(store.duplicatePreset(-1), -1);
-}
-
-TEST_F(PresetStoreTest, SetPresetDropsTheIdUntilTheNextLoad) {
-    PresetStore store = load();
-    store.addPreset(QStringLiteral("Trip"), ProcessingParams::defaults());
-    store.addPreset(QStringLiteral("Web"), ProcessingParams::defaults());
-    ProcessingParams current = ProcessingParams::defaults();
-    current.setInt(K::Rotation, 3);
-    current.setInt(K::Id, 99);
-    ASSERT_TRUE(store.setPreset(0, current, QStringLiteral("Trip")));
-    EXPECT_FALSE(store.presets().at(0).contains(K::Id));
-    EXPECT_EQ(store.presets().at(0).intValue(K::Rotation), 3);
-    store.save(*reopen());
-    EXPECT_EQ(ids(load()), QList<int>({3, 2}));
-    EXPECT_FALSE(store.setPreset(2, current, QStringLiteral("X")));
+    EXPECT_FALSE(store.renamePreset(1, "B") || store.renamePreset(3, "X")); // its own name; no such row
+    EXPECT_TRUE(store.renamePreset(1, QStringLiteral(" a ")));              // names are case-sensitive
+    // A copy goes right below its original, with a fresh id. The counter has
+    // moved on by the time "A copy" is found taken, so a plain name skips
+    // "copy 1"; a name already ending in " copy" starts at 1.
+    for (int original : {0, 0, 0, 3, -1})
+        EXPECT_EQ(store.duplicatePreset(original), original < 0 ? -1 : original + 1);
+    // An import is appended under a copy name and never keeps its own id.
+    EXPECT_EQ(store.importPreset(ProcessingParams(record(" C ", 1))), 7);
+    EXPECT_EQ(store.importPreset(ProcessingParams(record("None", 2))), 8);
+    EXPECT_EQ(rows(store), "A#1|A copy 3#6|A copy 2#5|A copy#4|A copy 1#7|a#2|C#3|C copy#8|None copy#9");
 }
 
 TEST_F(PresetStoreTest, MovingFollowsRowBoundaries) {
-    const auto make = [this] {
-        PresetStore store = load();
-        for (const char* n : {"A", "B", "C"})
-            store.addPreset(QString::fromLatin1(n), ProcessingParams::defaults());
-        return store;
-    };
-    PresetStore store = make();
-    EXPECT_EQ(store.moveTarget(0, 3), 2);
-    EXPECT_EQ(store.names(), list({"B", "C", "A"}));
-    EXPECT_EQ(store.moveTarget(2, 0), 0);
-    EXPECT_EQ(store.names(), list({"A", "B", "C"}));
-    EXPECT_EQ(store.moveTarget(0, 2), 1);
-    EXPECT_EQ(store.names(), list({"B", "A", "C"}));
-    EXPECT_EQ(store.moveTarget(1, 1), std::nullopt);
-    EXPECT_EQ(store.moveTarget(1, 2), 1); // just below itself: same order
-    EXPECT_EQ(store.names(), list({"B", "A", "C"}));
-    for (auto [from, to] : {std::pair{-1, 0}, {3, 0}, {0, 4}, {0, -1}})
+    seed(PresetStore::PresetsKey, QVariantList{record("A", 1), record("B", 2), record("C", 3)});
+    PresetStore store = load();
+    // clang-format off
+    const std::tuple<int, int, int, std::string> moves[] = {
+        {0, 3, 2, "B#2|C#3|A#1"}, {2, 0, 0, "A#1|B#2|C#3"}, {0, 2, 1, "B#2|A#1|C#3"},
+        {1, 2, 1, "B#2|A#1|C#3"}}; // the last is just below itself: same order
+    // clang-format on
+    for (const auto& [from, to, target, after] : moves) {
+        EXPECT_EQ(store.moveTarget(from, to), target) << from << "->" << to;
+        EXPECT_EQ(rows(store), after);
+    }
+    for (auto [from, to] : {std::pair{1, 1}, {-1, 0}, {3, 0}, {0, 4}, {0, -1}})
         EXPECT_EQ(store.moveTarget(from, to), std::nullopt) << from << "->" << to;
-    EXPECT_EQ(store.names(), list({"B", "A", "C"}));
-}
-
-TEST_F(PresetStoreTest, ImportTakesACopyNameAndAFreshId) {
-    PresetStore store = load();
-    store.addPreset(QStringLiteral("Trip"), ProcessingParams::defaults());
-    ProcessingParams incoming(record(" Trip ", 1, 2));
-    EXPECT_EQ(store.importPreset(incoming), 1);
-    incoming.setString(K::Name, QStringLiteral("None"));
-    EXPECT_EQ(store.importPreset(incoming), 2);
-    incoming.setString(K::Name, QStringLiteral("Fresh"));
-    EXPECT_EQ(store.importPreset(incoming), 3);
-    EXPECT_EQ(store.names(), list({"Trip", "Trip copy", "None copy", "Fresh"}));
-    EXPECT_EQ(ids(store), QList<int>({1, 2, 3, 4}));
-}
-
-TEST_F(PresetStoreTest, LookupFindsAPresetInTheUsersStore) {
-    qputenv("QUILLET_SETTINGS", iniPath().toLocal8Bit());
-    PresetStore store = load();
-    ProcessingParams params = ProcessingParams::defaults();
-    params.setInt(K::ScaleType, 4);
-    store.addPreset(QStringLiteral("Fit"), params);
-    ASSERT_TRUE(store.save());
-    const std::optional<ProcessingParams> found = PresetStore::lookup(QStringLiteral("Fit"));
-    ASSERT_TRUE(found.has_value());
-    EXPECT_EQ(found->intValue(K::ScaleType), 4);
-    EXPECT_FALSE(PresetStore::lookup(QStringLiteral("fit")).has_value());
-    EXPECT_FALSE(PresetStore::lookup(QString()).has_value());
+    EXPECT_EQ(rows(store), "B#2|A#1|C#3");
 }
 
 } // namespace
