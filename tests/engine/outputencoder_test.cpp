@@ -25,114 +25,78 @@ VImage decode(const QByteArray& bytes) {
     return VImage::new_from_buffer(bytes.constData(), size_t(bytes.size()), "").copy_memory();
 }
 
-struct StepCase {
-    qint64 size, limit;
-    int factor, next;
-};
-
-class NextFactor : public ::testing::TestWithParam<StepCase> {};
-
-TEST_P(NextFactor, StepsDownByHowFarOff) {
-    const StepCase& c = GetParam();
-    EXPECT_EQ(OutputEncoder::nextFactorWithSize(c.size, c.limit, c.factor), c.next);
-}
-
 // Every bound is strict: exactly 3, 1.75 or 1.05 falls to the next rule.
-INSTANTIATE_TEST_SUITE_P(
-    Ratios, NextFactor,
-    ::testing::Values(StepCase{900 * KB, 200 * KB, 90, 40}, StepCase{700 * KB, 200 * KB, 70, 30},
-                      StepCase{700 * KB, 200 * KB, 50, 20}, StepCase{600 * KB, 200 * KB, 90, 70},
-                      StepCase{350 * KB, 200 * KB, 90, 80}, StepCase{210 * KB, 200 * KB, 90, 85},
-                      StepCase{211 * KB, 200 * KB, 90, 80}, StepCase{100 * KB, 200 * KB, 90, 85},
-                      StepCase{900 * KB, 0, 90, 90}));
-
-// Runs the search over an encoder giving sizeAt(q) bytes; returns the qualities tried.
-QList<int> search(std::function<qint64(int)> sizeAt, int quality, qint64 limit, RecordingLog& log,
-                  qint64* kept = nullptr) {
-    QList<int> asked;
-    const QByteArray bytes = OutputEncoder::searchJpegQuality(
-        [&](int q) { return asked << q, QByteArray(int(sizeAt(q)), 'x'); }, quality, limit, log);
-    if (kept)
-        *kept = bytes.size();
-    return asked;
+TEST(OutputEncoder, NextFactorStepsDownByHowFarOff) {
+    for (const auto& [size, limit, factor, next] :
+         {std::tuple{900 * KB, 200 * KB, 90, 40}, {700 * KB, 200 * KB, 70, 30}, {700 * KB, 200 * KB, 50, 20},
+          {600 * KB, 200 * KB, 90, 70}, {350 * KB, 200 * KB, 90, 80}, {210 * KB, 200 * KB, 90, 85},
+          {211 * KB, 200 * KB, 90, 80}, {100 * KB, 200 * KB, 90, 85}, {900 * KB, qint64(0), 90, 90}})
+        EXPECT_EQ(OutputEncoder::nextFactorWithSize(size, limit, factor), next) << size << " " << factor;
 }
 
-TEST(OutputEncoder, SizeSearchLogsTheNextQualityNotTheKeptOne) {
-    RecordingLog log;
-    qint64 kept = 0;
-    EXPECT_EQ(search([](int q) { return q >= 90 ? 900 * KB : 190 * KB; }, 90, 200 * KB, log, &kept),
-              (QList<int>{90, 40}));
-    EXPECT_EQ(kept, 190 * KB);
-    EXPECT_EQ(log.lines, QStringList{"\tJPEG quality: 35\n"});
-
-    // Out of quality: the last bytes are kept, with the warning.
-    RecordingLog stuck;
-    EXPECT_EQ(search([](int) { return 300 * KB; }, 10, 200 * KB, stuck, &kept), QList<int>{10});
-    EXPECT_EQ(kept, 300 * KB);
-    EXPECT_EQ(stuck.lines,
-              (QStringList{"\tJPEG quality: 0\n", "WARNING\tUnable to make file size under 200 KB\n"}));
-    // ... even when that last try fits.
-    RecordingLog fits;
-    EXPECT_EQ(search([](int q) { return q > 5 ? 250 * KB : 100 * KB; }, 15, 200 * KB, fits),
-              (QList<int>{15, 5}));
-    EXPECT_EQ(fits.lines.size(), 2);
-
-    RecordingLog unlimited;
-    search([](int) { return 5000 * KB; }, 80, 0, unlimited);
-    EXPECT_EQ(unlimited.lines, QStringList{"\tJPEG quality: 80\n"});
-    // An encoder that never gives bytes ends the search with nothing.
-    EXPECT_EQ(search([](int) { return 0; }, 80, 0, unlimited), QList<int>{80});
-    EXPECT_EQ(search([](int) { return 0; }, 80, 200 * KB, unlimited).size(), 16);
+// The search over an encoder giving sizeAt(q) bytes: qualities tried, bytes kept, log.
+// The log names the next quality, not the kept one; out of quality the last bytes
+// are kept with a warning, even when that last try fits.
+TEST(OutputEncoder, SizeSearch) {
+    const QString warning = "WARNING\tUnable to make file size under 200 KB\n";
+    const struct {
+        std::function<qint64(int)> sizeAt;
+        int quality;
+        qint64 limit;
+        QList<int> asked;
+        qint64 kept;
+        QStringList lines;
+    } cases[] = {
+        {[](int q) { return q >= 90 ? 900 * KB : 190 * KB; }, 90, 200 * KB, {90, 40}, 190 * KB,
+         {"\tJPEG quality: 35\n"}},
+        {[](int) { return 300 * KB; }, 10, 200 * KB, {10}, 300 * KB, {"\tJPEG quality: 0\n", warning}},
+        {[](int q) { return q > 5 ? 250 * KB : 100 * KB; }, 15, 200 * KB, {15, 5}, 100 * KB,
+         {"\tJPEG quality: 0\n", warning}},
+        {[](int) { return 5000 * KB; }, 80, 0, {80}, 5000 * KB, {"\tJPEG quality: 80\n"}},
+        // An encoder that never gives bytes ends the search with nothing.
+        {[](int) { return 0; }, 80, 0, {80}, 0, {}},
+        {[](int) { return 0; }, 20, 200 * KB, {20, 15, 10, 5}, 0, {}},
+    };
+    for (const auto& c : cases) {
+        RecordingLog log;
+        QList<int> asked;
+        const QByteArray bytes = OutputEncoder::searchJpegQuality(
+            [&](int q) { return asked << q, QByteArray(int(c.sizeAt(q)), 'x'); }, c.quality, c.limit, log);
+        EXPECT_EQ(asked, c.asked) << c.quality;
+        EXPECT_EQ(bytes.size(), c.kept) << c.quality;
+        EXPECT_EQ(log.lines, c.lines) << c.quality;
+    }
 }
 
-TEST(OutputEncoder, RealSearchMeetsLimitOnCameraPicture) {
-    QString path;
-    QUILLET_SAMPLE_OR_SKIP(path, "Canon_40D.jpg");
-    const VImage jpeg = VImage::new_from_file(path.toLocal8Bit().constData());
-    const Picture picture{jpeg.bandjoin_const({255}), double(jpeg.width()), double(jpeg.height()), true};
-    NullActivityLog log;
-    const qint64 limit = OutputEncoder::jpegDataForImage(picture, 72, 100).size() / 4;
-    const QByteArray small = OutputEncoder::dataForImage(picture, FileFormat::Jpeg, 72, 100, limit, log);
-    EXPECT_LE(small.size(), limit);
-    EXPECT_NEAR(decode(small).avg(), jpeg.avg(), 2);
-}
-
-class EncodedFormat : public ::testing::TestWithParam<std::pair<int, const char*>> {};
-
-TEST_P(EncodedFormat, RecordsResolutionAndKeepsPixels) {
-    const auto [format, loader] = GetParam();
+TEST(OutputEncoder, RecordsResolutionAndKeepsPixels) {
     const Picture picture = testsupport::solidPicture(120, 80, 200, 100, 50);
     NullActivityLog log;
-    const VImage decoded = decode(OutputEncoder::dataForImage(picture, format, 300, 90, 0, log));
-    EXPECT_EQ(decoded.width(), 120);
-    EXPECT_EQ(decoded.height(), 80);
-    EXPECT_STREQ(decoded.get_string("vips-loader"), loader);
-    EXPECT_NEAR(decoded.xres() * 25.4, 300, 0.5);
-    EXPECT_NEAR(decoded.yres() * 25.4, 300, 0.5);
-    EXPECT_EQ(decoded.bands(), 3); // fully opaque: no alpha band
-    const std::vector<double> p = testsupport::pixelAt(decoded, 60, 40);
-    EXPECT_NEAR(p[0], 200, 3);
-    EXPECT_NEAR(p[2], 50, 3);
+    for (const auto& [format, loader] : {std::pair{int(FileFormat::Jpeg), "jpegload_buffer"},
+                                         {int(FileFormat::Png), "pngload_buffer"},
+                                         {int(FileFormat::Tiff), "tiffload_buffer"}}) {
+        const VImage decoded = decode(OutputEncoder::dataForImage(picture, format, 300, 90, 0, log));
+        EXPECT_EQ(std::pair(decoded.width(), decoded.height()), std::pair(120, 80)) << loader;
+        EXPECT_STREQ(decoded.get_string("vips-loader"), loader);
+        EXPECT_NEAR(decoded.xres() * 25.4, 300, 0.5) << loader;
+        EXPECT_NEAR(decoded.yres() * 25.4, 300, 0.5) << loader;
+        EXPECT_EQ(decoded.bands(), 3) << loader; // fully opaque: no alpha band
+        EXPECT_NEAR(testsupport::pixelAt(decoded, 60, 40)[0], 200, 3) << loader;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Formats, EncodedFormat,
-                         ::testing::Values(std::pair{int(FileFormat::Jpeg), "jpegload_buffer"},
-                                           std::pair{int(FileFormat::Png), "pngload_buffer"},
-                                           std::pair{int(FileFormat::Tiff), "tiffload_buffer"}));
 
 TEST(OutputEncoder, TransparencySurvivesPngAndUncompressedTiff) {
     const Picture clear = testsupport::solidPicture(20, 20, 255, 0, 0, 100);
-    for (const QByteArray& bytes :
-         {OutputEncoder::pngDataForImage(clear, 72), OutputEncoder::tiffDataForImage(clear, 72)})
+    const QByteArray tiff = OutputEncoder::tiffDataForImage(clear, 72);
+    for (const QByteArray& bytes : {OutputEncoder::pngDataForImage(clear, 72), tiff})
         EXPECT_EQ(testsupport::pixelAt(decode(bytes), 5, 5), (std::vector<double>{255, 0, 0, 100}));
-    EXPECT_GE(OutputEncoder::tiffDataForImage(clear, 72).size(), 20 * 20 * 4);
+    EXPECT_GE(tiff.size(), 20 * 20 * 4);
 }
 
 TEST(OutputEncoder, BrokenInputGivesNoBytes) {
-    NullActivityLog log;
+    NullActivityLog log; // nothing to encode, an unknown format
     EXPECT_TRUE(OutputEncoder::dataForImage(Picture{}, FileFormat::Jpeg, 72, 80, 0, log).isEmpty());
-    EXPECT_TRUE(
-        OutputEncoder::dataForImage(testsupport::solidPicture(4, 4, 0, 0, 0), 104, 72, 80, 0, log).isEmpty());
+    const Picture black = testsupport::solidPicture(4, 4, 0, 0, 0);
+    EXPECT_TRUE(OutputEncoder::dataForImage(black, 104, 72, 80, 0, log).isEmpty());
     // A damaged JPEG opens, and only fails in the encoder when its pixels are needed.
     QString path;
     QUILLET_SAMPLE_OR_SKIP(path, "corrupted.jpg");

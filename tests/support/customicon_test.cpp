@@ -17,13 +17,7 @@ namespace {
 
 class CustomIconTest : public ::testing::Test {
   protected:
-    void SetUp() override {
-        saved = qgetenv("XDG_CACHE_HOME");
-        qputenv("XDG_CACHE_HOME", cache.path().toLocal8Bit());
-    }
-    void TearDown() override {
-        saved.isNull() ? qunsetenv("XDG_CACHE_HOME") : qputenv("XDG_CACHE_HOME", saved);
-    }
+    void SetUp() override { qputenv("XDG_CACHE_HOME", cache.path().toLocal8Bit()); }
 
     QString writeJpeg(const QString& name, int w, int h) {
         const QString path = files.filePath(name);
@@ -33,22 +27,17 @@ class CustomIconTest : public ::testing::Test {
         return path;
     }
 
-    // The PNG's text chunks as its reader reports them.
+    // The PNG's text chunks by key, as its reader reports them ("png-comment-N-Key").
     static std::map<std::string, std::string> texts(const VImage& png) {
         std::map<std::string, std::string> out;
         gchar** fields = vips_image_get_fields(png.get_image());
-        for (gchar** f = fields; *f; ++f) {
-            const std::string field = *f;
-            if (const auto key = field.find("-Thumb::");
-                field.rfind("png-comment-", 0) == 0 && key != std::string::npos)
-                out[field.substr(key + 1)] = png.get_string(*f);
-        }
-        g_strfreev(fields);
-        return out;
+        for (gchar** f = fields; *f; ++f)
+            if (const char* key = strstr(*f, "-Thumb::"); key && g_str_has_prefix(*f, "png-comment-"))
+                out[key + 1] = png.get_string(*f);
+        return g_strfreev(fields), out;
     }
 
     QTemporaryDir cache, files;
-    QByteArray saved;
 };
 
 TEST_F(CustomIconTest, WritesBothSizesTaggedWithUriAndMTime) {
@@ -64,23 +53,22 @@ TEST_F(CustomIconTest, WritesBothSizesTaggedWithUriAndMTime) {
         const QString file = CustomIcon::thumbnailPath(path, size);
         EXPECT_EQ(QFileInfo(file).permissions() & (QFile::ReadGroup | QFile::ReadOther), 0) << size;
         const VImage png = VImage::new_from_file(file.toLocal8Bit().constData());
-        EXPECT_EQ(png.width(), size);
-        EXPECT_EQ(png.height(), height);
+        EXPECT_EQ(std::pair(png.width(), png.height()), std::pair(size, height));
         EXPECT_NEAR(testsupport::pixelAt(png, size / 2, height / 2)[0], 200, 3);
         const auto tags = texts(png);
         EXPECT_EQ(tags.at("Thumb::URI"), uri.toStdString());
         EXPECT_EQ(tags.at("Thumb::MTime"), std::to_string(QFileInfo(path).lastModified().toSecsSinceEpoch()));
     }
     EXPECT_TRUE(CustomIcon::removeFromFile(path));
-    EXPECT_FALSE(QFileInfo::exists(CustomIcon::thumbnailPath(path, 128)));
-    EXPECT_FALSE(QFileInfo::exists(CustomIcon::thumbnailPath(path, 256)));
+    for (int size : {128, 256})
+        EXPECT_FALSE(QFileInfo::exists(CustomIcon::thumbnailPath(path, size)));
 }
 
 TEST_F(CustomIconTest, SmallPictureIsNotEnlargedAndFailuresAreQuiet) {
     const QString small = writeJpeg("small.jpg", 40, 30);
     ASSERT_TRUE(CustomIcon::setForFile(small));
-    EXPECT_EQ(VImage::new_from_file(CustomIcon::thumbnailPath(small, 256).toLocal8Bit().constData()).width(),
-              40);
+    const QString icon = CustomIcon::thumbnailPath(small, 256);
+    EXPECT_EQ(VImage::new_from_file(icon.toLocal8Bit().constData()).width(), 40);
 
     const QString text = files.filePath("notes.jpg");
     ASSERT_TRUE(testsupport::writeFile(text, "not a picture"));
