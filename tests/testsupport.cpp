@@ -19,6 +19,20 @@ QString samplePath(const QString& name) {
     return QFileInfo::exists(path) ? path : QString();
 }
 
+std::unique_ptr<QTemporaryDir> scratchDir(const QString& prefix) {
+    const QString candidates[] = {QDir::currentPath(), QStringLiteral("/var/tmp"), QDir::homePath()};
+    for (const QString& base : candidates) {
+        const QString canonical = QDir(base).canonicalPath();
+        if (canonical.isEmpty() || canonical == QLatin1String("/tmp") || canonical.startsWith(QLatin1String("/tmp/")))
+            continue;
+        auto dir = std::make_unique<QTemporaryDir>(canonical + QLatin1Char('/') + prefix + QStringLiteral("-XXXXXX"));
+        if (dir->isValid())
+            return dir;
+    }
+    ADD_FAILURE() << "no writable scratch folder outside /tmp";
+    return std::make_unique<QTemporaryDir>();
+}
+
 QString projectSamplesDir() { return QStringLiteral(QUILLET_PROJECT_SAMPLES_DIR); }
 
 QString cliPath() { return QStringLiteral(QUILLET_CLI_PATH); }

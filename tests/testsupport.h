@@ -6,6 +6,8 @@
 #include <QString>
 #include <QTemporaryDir>
 
+#include <memory>
+
 #include <gtest/gtest.h>
 #include <vips/vips8>
 
@@ -23,6 +25,12 @@ QString samplePath(const QString& name);
         if ((var).isEmpty())                                                                       \
             GTEST_SKIP() << "sample pictures not found (../shared/samples/photos is absent)";      \
     } while (0)
+
+// A scratch folder for output trees. Output paths under /tmp count as the
+// single-file run's scratch area, where existing files are replaced without a
+// question, so batch tests must never work there: this picks the current
+// folder, /var/tmp or the home folder, whichever is not under /tmp.
+std::unique_ptr<QTemporaryDir> scratchDir(const QString& prefix);
 
 // The pictures shipped in the project's samples/ folder.
 QString projectSamplesDir();

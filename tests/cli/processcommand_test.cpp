@@ -37,9 +37,8 @@ void picture(const QString& path, int width, int height) {
 
 class ProcessCommandTest : public ::testing::Test {
 protected:
-    QString path(const QString& relative) const { return dir.path() + QLatin1Char('/') + relative; }
-    // Not under /tmp, where outputs are replaced without a question.
-    QTemporaryDir dir{QDir::currentPath() + QStringLiteral("/cli-XXXXXX")};
+    QString path(const QString& relative) const { return dir->path() + QLatin1Char('/') + relative; }
+    std::unique_ptr<QTemporaryDir> dir = testsupport::scratchDir(QStringLiteral("cli"));
 };
 
 TEST_F(ProcessCommandTest, ShippedSamplesConvertAsTheReadmeSays) {

@@ -42,10 +42,9 @@ protected:
     QString p(const QString& relative) const { return in + QLatin1Char('/') + relative; }
     QString o(const QString& relative) const { return out + QLatin1Char('/') + relative; }
 
-    // Not under /tmp: files there are replaced without a question.
-    QTemporaryDir tmp{QDir::currentPath() + QStringLiteral("/batch-XXXXXX")};
-    QString in = tmp.path() + QStringLiteral("/in");
-    QString out = tmp.path() + QStringLiteral("/out");
+    std::unique_ptr<QTemporaryDir> tmp = testsupport::scratchDir(QStringLiteral("batch"));
+    QString in = tmp->path() + QStringLiteral("/in");
+    QString out = tmp->path() + QStringLiteral("/out");
     RecordingShell shell;
     Renamer renamer;
     ProcessingParams params = ProcessingParams::defaults();
@@ -197,11 +196,11 @@ INSTANTIATE_TEST_SUITE_P(SerialAndParallel, BatchRunModeTest, ::testing::Bool())
 
 TEST_F(BatchTest, LinksAreFollowedAndAFolderLoopIsEnteredOnce) {
     batchtree::picture(p("a/x.png"), 8, 8);
-    batchtree::picture(tmp.path() + "/elsewhere/pic.png", 8, 8);
+    batchtree::picture(tmp->path() + "/elsewhere/pic.png", 8, 8);
     ASSERT_TRUE(QFile::link(p("a"), p("a/loop")));
-    ASSERT_TRUE(QFile::link(tmp.path() + "/elsewhere", p("a/linked")));
-    ASSERT_TRUE(QFile::link(tmp.path() + "/elsewhere/pic.png", p("a/alias.png")));
-    ASSERT_TRUE(QFile::link(tmp.path() + "/nowhere", p("a/dangling")));
+    ASSERT_TRUE(QFile::link(tmp->path() + "/elsewhere", p("a/linked")));
+    ASSERT_TRUE(QFile::link(tmp->path() + "/elsewhere/pic.png", p("a/alias.png")));
+    ASSERT_TRUE(QFile::link(tmp->path() + "/nowhere", p("a/dangling")));
     const QStringList calls = run({p("a")});
     EXPECT_TRUE(calls.contains("warn Skipping folder '" + p("a/loop") + "': already visited (link loop)\n"));
     EXPECT_EQ(calls.last(), "done 3 of 3");
@@ -295,7 +294,7 @@ protected:
     }
     // Runs the batch over in/ into `folder`: its log, with the folder written as <out>, and its outputs' checksums.
     std::pair<QStringList, QMap<QString, QByteArray>> runInto(const QString& folder, bool parallel) {
-        const QString into = tmp.path() + folder;
+        const QString into = tmp->path() + folder;
         // Outputs already there, so that the replace question comes up.
         for (const char* name : {"p1", "p2", "p0001", "p0002"})
             for (const char* extension : {".jpg", ".png", ".tiff"})
