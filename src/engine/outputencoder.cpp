@@ -58,54 +58,53 @@ QByteArray withJfifDensity(QByteArray jpeg, int resolution) {
 
 } // namespace
 
-QByteArray jpegDataForImage(const Picture& picture, int resolution, int quality) {
-    if (!encodable(picture))
+namespace {
+
+// Encodes through libvips's saver for `suffix`; no bytes when the picture is
+// empty or anything in the chain fails. `options` is consumed.
+template <typename Prepare>
+QByteArray encode(const Picture& picture, const char* suffix, Prepare prepare, vips::VOption* options) {
+    if (!encodable(picture)) {
+        delete options;
         return {};
+    }
     try {
-        VImage image = picture.image;
-        if (image.bands() == 4 || image.bands() == 2)
-            image = image.extract_band(0, VImage::option()->set("n", image.bands() - 1));
         void* data = nullptr;
         size_t size = 0;
-        withResolution(image, resolution)
-            .write_to_buffer(".jpg", &data, &size,
-                             VImage::option()->set("Q", std::clamp(quality, 1, 100))->set("strip", true));
-        return withJfifDensity(takeBuffer(data, size), resolution);
+        prepare(picture).write_to_buffer(suffix, &data, &size, options->set("strip", true));
+        return takeBuffer(data, size);
     } catch (const std::exception&) {
         return {};
     }
+}
+
+} // namespace
+
+QByteArray jpegDataForImage(const Picture& picture, int resolution, int quality) {
+    const QByteArray jpeg = encode(
+        picture, ".jpg",
+        [resolution](const Picture& p) {
+            VImage image = p.image;
+            if (image.bands() == 4 || image.bands() == 2)
+                image = image.extract_band(0, VImage::option()->set("n", image.bands() - 1));
+            return withResolution(image, resolution);
+        },
+        VImage::option()->set("Q", std::clamp(quality, 1, 100)));
+    return withJfifDensity(jpeg, resolution);
 }
 
 QByteArray pngDataForImage(const Picture& picture, int resolution) {
-    if (!encodable(picture))
-        return {};
-    try {
-        void* data = nullptr;
-        size_t size = 0;
-        withResolution(withAlphaIfNeeded(picture), resolution)
-            .write_to_buffer(".png", &data, &size, VImage::option()->set("strip", true));
-        return takeBuffer(data, size);
-    } catch (const std::exception&) {
-        return {};
-    }
+    return encode(
+        picture, ".png", [resolution](const Picture& p) { return withResolution(withAlphaIfNeeded(p), resolution); },
+        VImage::option());
 }
 
 QByteArray tiffDataForImage(const Picture& picture, int resolution) {
-    if (!encodable(picture))
-        return {};
-    try {
-        void* data = nullptr;
-        size_t size = 0;
-        withResolution(withAlphaIfNeeded(picture), resolution)
-            .write_to_buffer(".tif", &data, &size,
-                             VImage::option()
-                                 ->set("compression", VIPS_FOREIGN_TIFF_COMPRESSION_NONE)
-                                 ->set("resunit", VIPS_FOREIGN_TIFF_RESUNIT_INCH)
-                                 ->set("strip", true));
-        return takeBuffer(data, size);
-    } catch (const std::exception&) {
-        return {};
-    }
+    return encode(
+        picture, ".tif", [resolution](const Picture& p) { return withResolution(withAlphaIfNeeded(p), resolution); },
+        VImage::option()
+            ->set("compression", VIPS_FOREIGN_TIFF_COMPRESSION_NONE)
+            ->set("resunit", VIPS_FOREIGN_TIFF_RESUNIT_INCH));
 }
 
 int nextFactorWithSize(qint64 size, qint64 limit, int factor) {
