@@ -1,5 +1,7 @@
 #include "engine/batchfilesystem.h"
 
+#include "support/unnamedfile.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -61,6 +63,22 @@ bool BatchFileSystem::writeAtomically(const QString& path, const QByteArray& byt
     // A temporary file beside the target, then a rename: the path holds the
     // old file or the whole new one, never a part. No fsync: a batch writes
     // thousands of files and a crash leaves at worst an old output.
+    // The temporary has no name until it is complete, so a killed batch
+    // leaves no part of a file behind either.
+    const QByteArray target8 = QFile::encodeName(path);
+    UnnamedFile unnamed(QFile::encodeName(QFileInfo(path).path()).toStdString());
+    if (unnamed.isOpen()) {
+        if (!unnamed.writeAll(bytes.constData(), size_t(bytes.size())))
+            return false;
+        const std::string named = unnamed.nameBeside(target8.toStdString());
+        if (named.empty())
+            return false;
+        if (::rename(named.c_str(), target8.constData()) != 0) {
+            ::unlink(named.c_str());
+            return false;
+        }
+        return true;
+    }
     const QFileInfo target(path);
     QByteArray temporary =
         QFile::encodeName(target.path() + QStringLiteral("/.") + target.fileName() + QStringLiteral(".XXXXXX"));

@@ -1,11 +1,15 @@
 #include "metadata/exiftransfer.h"
 
+#include "support/unnamedfile.h"
+
 #include "metadata/exifparser.h"
 #include "metadata/jpegsections.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -36,6 +40,31 @@ std::string siblingTempName(const char* path) {
         return {};
     ::close(fd);
     return name;
+}
+
+// The new contents written into a file that gets its name only once it is
+// complete, so a process killed while writing leaves nothing behind. Falls back
+// to a named temporary where the file system has no unnamed files. Returns the
+// written file's name, empty on failure.
+std::string unnamedCopy(JpegContext& ctx, const char* destination) {
+    const std::string path(destination);
+    const auto slash = path.find_last_of('/');
+    UnnamedFile unnamed(slash == std::string::npos ? "." : path.substr(0, std::max<size_t>(slash, 1)));
+    if (!unnamed.isOpen()) {
+        const std::string temp = siblingTempName(destination);
+        if (!temp.empty() && !WriteJpegFile(ctx, temp.c_str())) {
+            std::remove(temp.c_str());
+            return {};
+        }
+        return temp;
+    }
+    FILE* out = ::fdopen(::dup(unnamed.fd()), "wb");
+    if (!out)
+        return {};
+    const bool written = WriteJpegStream(ctx, out);
+    if (std::fclose(out) != 0 || !written)
+        return {};
+    return unnamed.nameBeside(path);
 }
 
 int fail(JpegContext& ctx) {
@@ -77,8 +106,8 @@ int copyExif(JpegContext& ctx, const char* source, const char* destination) {
     // The new contents are written beside the destination first, so a full
     // disk or a failed write leaves the destination as it was.
     const MetadataFileOps& ops = fileOps(ctx);
-    const std::string temp = siblingTempName(destination);
-    if (temp.empty() || !WriteJpegFile(ctx, temp.c_str())) {
+    const std::string temp = ctx.FileOps ? siblingTempName(destination) : unnamedCopy(ctx, destination);
+    if (temp.empty() || (ctx.FileOps && !WriteJpegFile(ctx, temp.c_str()))) {
         if (!temp.empty())
             ops.remove(temp.c_str());
         return fail(ctx);

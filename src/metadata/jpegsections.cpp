@@ -317,14 +317,18 @@ void DiscardAllButExif(JpegContext& ctx) {
 }
 
 int WriteJpegFile(JpegContext& ctx, const char* path) {
-    if (!ctx.HaveAll)
-        ErrFatal(ctx, "Can't write back - didn't read all"); // and carries on, as it always has
     FileHandle file(fileOps(ctx).open(path, "wb"));
     if (!file) {
         ErrFatal(ctx, "Could not open file for write");
         return 0;
     }
-    FILE* out = file.get();
+    const bool ok = WriteJpegStream(ctx, file.get());
+    return file.close() && ok ? 1 : 0;
+}
+
+bool WriteJpegStream(JpegContext& ctx, FILE* out) {
+    if (!ctx.HaveAll)
+        ErrFatal(ctx, "Can't write back - didn't read all"); // and carries on, as it always has
     bool ok = std::fputc(0xFF, out) != EOF && std::fputc(0xD8, out) != EOF;
     if (ctx.SectionsRead > 0 && ctx.Sections[0].Type != 0xE0 && ctx.Sections[0].Type != 0xE1)
         ok = ok && std::fwrite(JfifHead, 1, sizeof JfifHead, out) == sizeof JfifHead;
@@ -338,8 +342,7 @@ int WriteJpegFile(JpegContext& ctx, const char* path) {
         const Section& last = ctx.Sections[size_t(ctx.SectionsRead - 1)];
         ok = ok && std::fwrite(last.Data.data(), 1, last.Size, out) == last.Size;
     }
-    ok = file.close() && ok;
-    return ok ? 1 : 0;
+    return ok;
 }
 
 int CheckFileSkip(JpegContext& ctx) {

@@ -22,4 +22,6 @@ Section* FindSection(JpegContext& ctx, int type);
 void DiscardAllButExif(JpegContext& ctx);
 // Writes the list as a JPEG file; 1 when every byte reached the disk.
 int WriteJpegFile(JpegContext& ctx, const char* path);
+// The body of WriteJpegFile on an open stream; true when every byte went out.
+bool WriteJpegStream(JpegContext& ctx, FILE* out);
 int CheckFileSkip(JpegContext& ctx);

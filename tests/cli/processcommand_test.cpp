@@ -4,6 +4,7 @@
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QProcess>
+#include <QThread>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -158,3 +159,54 @@ TEST_F(ProcessCommandTest, InterruptCancelsBetweenFilesAndStillReports) {
 }
 
 } // namespace
+
+namespace {
+
+// A file the batch wrote in full: it decodes to the last row.
+bool wholePicture(const QString& path) {
+    try {
+        vips::VImage image = vips::VImage::new_from_file(
+            QFile::encodeName(path).constData(), vips::VImage::option()->set("fail", true));
+        image.avg();
+        return true;
+    } catch (const vips::VError&) {
+        vips_error_clear();
+        return false;
+    }
+}
+
+} // namespace
+
+TEST_F(ProcessCommandTest, KilledBatchLeavesOnlyWholeOutputs) {
+    QString camera;
+    QUILLET_SAMPLE_OR_SKIP(camera, "orientation-landscape_6.jpg");
+    QDir().mkpath(path(QStringLiteral("in")));
+    for (int i = 0; i < 24; ++i)
+        QFile::copy(camera, path(QStringLiteral("in/p%1.jpg").arg(i, 2, 10, QLatin1Char('0'))));
+
+    // Kill at several points of a batch that takes about a second; the EXIF
+    // rewrite runs after every write, so both writers are caught mid-way.
+    for (const int afterMs : {150, 400, 700, 1000}) {
+        QDir(path(QStringLiteral("out"))).removeRecursively();
+        QProcess process;
+        process.setProgram(testsupport::cliPath());
+        process.setArguments({QStringLiteral("process"), QStringLiteral("--rotate"), QStringLiteral("auto"),
+                              QStringLiteral("--percent"), QStringLiteral("400"), QStringLiteral("--keep-exif"),
+                              QStringLiteral("--dest"), path(QStringLiteral("out")), path(QStringLiteral("in"))});
+        process.setStandardInputFile(QProcess::nullDevice());
+        process.start();
+        ASSERT_TRUE(process.waitForStarted());
+        QThread::msleep(afterMs);
+        ::kill(pid_t(process.processId()), SIGKILL);
+        process.waitForFinished();
+
+        QDirIterator it(path(QStringLiteral("out")), QDir::Files | QDir::Hidden | QDir::System,
+                        QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            const QString file = it.next();
+            EXPECT_FALSE(it.fileName().startsWith(QLatin1Char('.'))) << "left behind: " << file.toStdString();
+            EXPECT_FALSE(it.fileName().endsWith(QLatin1String(".t"))) << "left behind: " << file.toStdString();
+            EXPECT_TRUE(wholePicture(file)) << "partial output after " << afterMs << " ms: " << file.toStdString();
+        }
+    }
+}
