@@ -45,16 +45,6 @@ private:
     QByteArray m_path;
 };
 
-// New files get the permissions a plain create would give them.
-mode_t createMode() {
-    static const mode_t mode = [] {
-        const mode_t mask = ::umask(0);
-        ::umask(mask);
-        return mode_t(0666 & ~mask);
-    }();
-    return mode;
-}
-
 } // namespace
 
 bool BatchFileSystem::writeAtomically(const QString& path, const QByteArray& bytes) {
@@ -86,7 +76,7 @@ bool BatchFileSystem::writeAtomically(const QString& path, const QByteArray& byt
     if (fd < 0)
         return false;
     PendingFile file(fd, temporary);
-    ::fchmod(fd, createMode());
+    ::fchmod(fd, defaultCreateMode());
     qsizetype written = 0;
     while (written < bytes.size()) {
         const ssize_t n = ::write(fd, bytes.constData() + written, size_t(bytes.size() - written));

@@ -8,9 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace {
-
-mode_t createMode() {
+mode_t defaultCreateMode() {
     static const mode_t mode = [] {
         const mode_t mask = ::umask(0);
         ::umask(mask);
@@ -18,6 +16,8 @@ mode_t createMode() {
     }();
     return mode;
 }
+
+namespace {
 
 std::string folderOf(const std::string& path) {
     const auto slash = path.find_last_of('/');
@@ -51,7 +51,7 @@ bool UnnamedFile::writeAll(const char* data, size_t size) {
 }
 
 std::string UnnamedFile::nameBeside(const std::string& target) {
-    if (m_fd < 0 || ::fchmod(m_fd, createMode()) != 0)
+    if (m_fd < 0 || ::fchmod(m_fd, defaultCreateMode()) != 0)
         return {};
     const std::string folder = folderOf(target);
     const std::string base = target.substr(target.find_last_of('/') + 1);

@@ -2,6 +2,11 @@
 
 #include <string>
 
+#include <sys/types.h>
+
+// The permissions a plain create gives a new file under the process's umask.
+mode_t defaultCreateMode();
+
 // A file made in a folder without a name (O_TMPFILE): if the process dies
 // before the file is given a name, the kernel deletes it, so a killed run
 // never leaves a half-written file behind. Not every file system offers it;
