@@ -4,6 +4,7 @@
 #include "cli/terminalinput.h"
 #include "cli/terminalshell.h"
 #include "engine/imageprocessor.h"
+#include "metadata/jpegcontext.h"
 #include "support/settingsstore.h"
 
 #include <QFileInfo>
@@ -64,6 +65,9 @@ int runProcess(const QStringList& args) {
     // Every picture is read once: libvips's operation cache would only keep
     // decoded pictures alive after their file is done.
     vips_cache_set_max(0);
+    // Standard output carries the activity log; the metadata reader's own
+    // notes ("Incorrect Exif header" and the like) are diagnostics.
+    setMetadataMessageStreams(stderr, stderr);
     // glibc gives every thread its own heap; with libvips's threads that
     // leaves freed picture memory scattered and the process larger than its
     // pictures. Two heaps keep the peak near what is really in use.
