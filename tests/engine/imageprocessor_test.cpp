@@ -17,8 +17,13 @@ namespace {
 // Fails every write under the given folder.
 struct FailingFileSystem : BatchFileSystem {
     QString failWritesUnder;
+    QStringList failFolders;
     bool writeAtomically(const QString& path, const QByteArray& bytes) override {
-        return !path.startsWith(failWritesUnder) && BatchFileSystem::writeAtomically(path, bytes);
+        return (failWritesUnder.isEmpty() || !path.startsWith(failWritesUnder)) &&
+               BatchFileSystem::writeAtomically(path, bytes);
+    }
+    bool makePath(const QString& dir) override {
+        return !failFolders.contains(dir) && BatchFileSystem::makePath(dir);
     }
 };
 
@@ -151,6 +156,20 @@ TEST_F(BatchTest, WriteFailureEndsItsWorkerAndIsReportedAfterTheOthers) {
               (QStringList{"end",
                            "message Write Error: Unable to write in folder '" + o("bad") + "'. Please check permission.",
                            "done 2 of 4"}));
+}
+
+TEST_F(BatchTest, FolderThatCannotBeMadeIsReportedAfterTheOthersAndTheLastFailureWins) {
+    for (const char* name : {"x/a.png", "y/a.png", "z/a.png"})
+        batchtree::picture(p(name), 8, 8);
+    FailingFileSystem fileSystem;
+    fileSystem.failFolders = {o("x"), o("z")};
+    const QStringList calls = run({p("x"), p("y"), p("z")}, fileSystem);
+    EXPECT_EQ(batchtree::entries(out), "y y/a.jpg");
+    EXPECT_EQ(calls.mid(calls.size() - 3),
+              (QStringList{"end",
+                           "message Error Creating Folder: Unable to create folder '" + o("z") +
+                               "'. Please try creating it manually in the Finder.",
+                           "done 1 of 3"}));
 }
 
 // Pause and cancel, in a serial and in a parallel batch over d/0.png, d/1.png, ...
