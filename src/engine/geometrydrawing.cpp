@@ -1,6 +1,7 @@
 #include "engine/geometrydrawing.h"
 
 #include "engine/geometryerror.h"
+#include "engine/resampler.h"
 
 #include <algorithm>
 #include <cmath>
@@ -52,16 +53,18 @@ VipsKernel kernel(int interpolation) {
     }
 }
 
-// Pixels as the contract promises them (4-band sRGB uchar), whatever came in:
-// 16-bit and grey pictures are converted, not clipped.
+// Pixels as the contract promises them (sRGB uchar, three bands or four),
+// whatever came in: 16-bit and grey pictures are converted, not clipped.
 VImage normalized(VImage image) {
     if (image.bands() < 3 || image.format() != VIPS_FORMAT_UCHAR)
         image = image.colourspace(VIPS_INTERPRETATION_sRGB);
     if (image.format() != VIPS_FORMAT_UCHAR)
         image = image.cast(VIPS_FORMAT_UCHAR);
-    if (image.bands() == 3)
-        image = image.bandjoin_const({255});
     return image;
+}
+
+VImage withAlpha(const VImage& image) {
+    return image.bands() == 3 ? image.bandjoin_const({255}) : image;
 }
 
 // One resampling of `premultiplied` onto a cw x ch canvas with the continuous
@@ -78,6 +81,8 @@ VImage resample(const VImage& premultiplied, double fx, double fy, double kx, do
             return premultiplied;
         return premultiplied.embed(int(std::lround(tx)), int(std::lround(ty)), cw, ch, copyEdges);
     }
+    if (auto drawn = Resampler::resample(premultiplied, {fx, kx, dx, cw}, {fy, ky, dy, ch}, interpolation))
+        return *drawn;
     if (interpolation == 1 || (kx >= 1 && ky >= 1)) {
         // One affine from pixel centres to pixel centres. The nearest
         // interpolator floors its coordinate, so it must not get the half
@@ -172,19 +177,19 @@ Picture draw(const Picture& picture, const Layout& layout, int interpolation,
             std::min({double(ch), double(dst.y + dst.height), dst.y + (image.height() - fy) * ky});
         const bool fillsCanvas = drawsSomething && covers(left, right, cw) && covers(top, bottom, ch);
 
-        const bool opaque = picture.opaque || picture.image.bands() == 3;
+        const bool opaque = picture.opaque || image.bands() == 3;
         // An opaque picture that covers the canvas needs neither its alpha
-        // nor the background: only the colour bands are resampled.
+        // nor the background: only the colour bands are resampled, and the
+        // result stays without alpha.
         if (opaque && fillsCanvas) {
-            const VImage rgb = image.extract_band(0, VImage::option()->set("n", 3));
+            const VImage rgb = image.bands() == 3 ? image : image.extract_band(0, VImage::option()->set("n", 3));
             const VImage drawn = resample(rgb, fx, fy, kx, ky, dst.x, dst.y, cw, ch, interpolation);
-            return Picture{drawn.bandjoin_const({255}).copy(
-                               VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB)),
+            return Picture{drawn.copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB)),
                            double(cw), double(ch), true};
         }
         // Opaque pixels are their own premultiplied form, so they resample as
         // uchar; anything else is premultiplied first so edges do not darken.
-        const VImage premultiplied = opaque ? image : image.premultiply();
+        const VImage premultiplied = opaque ? withAlpha(image) : image.premultiply();
         VImage drawn = drawsSomething
                            ? resample(premultiplied, fx, fy, kx, ky, dst.x, dst.y, cw, ch, interpolation)
                            : VImage::black(cw, ch, VImage::option()->set("bands", 4));

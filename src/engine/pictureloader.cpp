@@ -32,18 +32,19 @@ const char* acceptedLoaderFor(const QString& path) {
     return nullptr;
 }
 
-// 4-band sRGB uchar with straight alpha, whatever the file held (grey, 16-bit,
-// CMYK, palette, with or without alpha).
+// sRGB uchar, three bands or four with straight alpha, whatever the file held
+// (grey, 16-bit, CMYK, palette, with or without alpha).
 vips::VImage normalise(vips::VImage image) {
+    if (image.interpretation() == VIPS_INTERPRETATION_sRGB && image.format() == VIPS_FORMAT_UCHAR &&
+        (image.bands() == 3 || image.bands() == 4))
+        return image;
     if (image.interpretation() != VIPS_INTERPRETATION_sRGB || image.format() != VIPS_FORMAT_UCHAR)
         image = image.colourspace(VIPS_INTERPRETATION_sRGB);
     if (image.format() != VIPS_FORMAT_UCHAR)
         image = image.cast(VIPS_FORMAT_UCHAR);
     if (image.bands() == 1 || image.bands() == 2) // colourspace leaves some one-band images alone
         image = image.bands() == 1 ? image.bandjoin({image, image}) : image[0].bandjoin({image[0], image[0], image[1]});
-    if (image.bands() == 3)
-        image = image.bandjoin_const({255});
-    else if (image.bands() > 4)
+    if (image.bands() > 4)
         image = image.extract_band(0, vips::VImage::option()->set("n", 4));
     return image.copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
 }
@@ -84,8 +85,8 @@ PictureLoader::Result PictureLoader::load(const QString& path, const Header& hea
         vips::VImage image = vips::VImage::new_from_file(QFile::encodeName(path).constData(), options);
         // Decode now, once: a corrupt file is caught here rather than halfway
         // through encoding, and geometry, watermarks and the status thumbnail
-        // all read the same pixels. The file's own bands are kept (a JPEG's
-        // three take a quarter less than four); the conversion runs on demand.
+        // all read the same pixels. An RGB picture keeps its three bands, a
+        // quarter less to hold and to resample than four.
         image = image.copy_memory();
         // Pictures without alpha let geometry skip premultiplying.
         const bool opaque = !vips_image_hasalpha(image.get_image());

@@ -52,7 +52,7 @@ TEST(ShrinkTest, ShrinkKeepsTheDecodedPictureAtLeastAsLargeAsItIsDrawn) {
 }
 
 // Loaded with a shrink of 4, which only JPEG honours; the picture keeps its full size as its logical size.
-TEST(PictureLoaderTest, EveryInputBecomesFourBandEightBitSrgbAndOnlyJpegIsShrunk) {
+TEST(PictureLoaderTest, EveryInputBecomesEightBitSrgbWithAlphaOnlyWhereItHadOneAndOnlyJpegIsShrunk) {
     QTemporaryDir dir;
     using vips::VImage;
     const auto grey = [](std::vector<double> values, VipsBandFormat format, VipsInterpretation kind) {
@@ -71,7 +71,7 @@ TEST(PictureLoaderTest, EveryInputBecomesFourBandEightBitSrgbAndOnlyJpegIsShrunk
         input.first.write_to_file(QFile::encodeName(dir.filePath(name)).constData());
         const auto loaded = PictureLoader::load(dir.filePath(name), 4);
         ASSERT_EQ(loaded.status, PictureLoader::Status::Loaded);
-        EXPECT_EQ(loaded.picture.image.bands(), 4);
+        EXPECT_EQ(loaded.picture.image.bands(), name == "greyalpha.png" ? 4 : 3);
         EXPECT_EQ(loaded.picture.image.format(), VIPS_FORMAT_UCHAR);
         EXPECT_EQ(loaded.picture.image.width(), input.second);
         EXPECT_EQ(loaded.picture.image.height(), input.second * 3 / 4);
@@ -80,7 +80,6 @@ TEST(PictureLoaderTest, EveryInputBecomesFourBandEightBitSrgbAndOnlyJpegIsShrunk
         pixels[name] = testsupport::pixelAt(loaded.picture.image, 1, 1);
     }
     EXPECT_NEAR(pixels["grey.png"][0], 200, 1);
-    EXPECT_EQ(pixels["grey.png"][3], 255);
     EXPECT_NEAR(pixels["greyalpha.png"][3], 128, 1);
 }
 
