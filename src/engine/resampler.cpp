@@ -6,11 +6,15 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <immintrin.h>
 #include <memory>
 #include <numbers>
 #include <thread>
 #include <vector>
+
+#if defined(__x86_64__) || defined(__i386__)
+#define QUILLET_AVX2_PASSES 1
+#include <immintrin.h>
+#endif
 
 namespace Resampler {
 
@@ -136,7 +140,27 @@ void verticalRowPortable(const uint8_t* const* rows, const int16_t* weights, int
     }
 }
 
-// The same with AVX2, sixteen bytes and two taps at a time: the bytes of two
+// One row of the horizontal pass for a picture of `Bands` bands. `in` is the
+// source row; its first pixel is source column `firstColumn`.
+template <int Bands>
+void horizontalRowPortable(const uint8_t* in, int firstColumn, const Taps& taps, uint8_t* out) {
+    const int outSize = int(taps.start.size());
+    for (int i = 0; i < outSize; ++i) {
+        const uint8_t* p = in + (taps.start[size_t(i)] - firstColumn) * Bands;
+        const int16_t* w = &taps.weights[size_t(i) * size_t(taps.stride)];
+        int32_t sums[Bands] = {};
+        for (int k = 0; k < taps.count; ++k)
+            for (int b = 0; b < Bands; ++b)
+                sums[b] += w[k] * p[k * Bands + b];
+        for (int b = 0; b < Bands; ++b)
+            out[i * Bands + b] = toByte(sums[b]);
+    }
+}
+
+std::atomic<bool> vectorUnits = true;
+
+#ifdef QUILLET_AVX2_PASSES
+// The vertical pass with AVX2, sixteen bytes and two taps at a time: the bytes of two
 // rows are interleaved into 16-bit pairs that one multiply-add weighs.
 __attribute__((target("avx2"))) void verticalRowAvx2(const uint8_t* const* rows, const int16_t* weights, int count,
                                                      int length, uint8_t* out) {
@@ -162,24 +186,7 @@ __attribute__((target("avx2"))) void verticalRowAvx2(const uint8_t* const* rows,
     verticalRowPortable(rows, weights, count, x, length, out);
 }
 
-// One row of the horizontal pass for a picture of `Bands` bands. `in` is the
-// source row; its first pixel is source column `firstColumn`.
-template <int Bands>
-void horizontalRowPortable(const uint8_t* in, int firstColumn, const Taps& taps, uint8_t* out) {
-    const int outSize = int(taps.start.size());
-    for (int i = 0; i < outSize; ++i) {
-        const uint8_t* p = in + (taps.start[size_t(i)] - firstColumn) * Bands;
-        const int16_t* w = &taps.weights[size_t(i) * size_t(taps.stride)];
-        int32_t sums[Bands] = {};
-        for (int k = 0; k < taps.count; ++k)
-            for (int b = 0; b < Bands; ++b)
-                sums[b] += w[k] * p[k * Bands + b];
-        for (int b = 0; b < Bands; ++b)
-            out[i * Bands + b] = toByte(sums[b]);
-    }
-}
-
-// The same with AVX2 for three or four bands, two taps at a time: eight bytes
+// The horizontal pass with AVX2 for three or four bands, two taps at a time: eight bytes
 // hold two neighbouring pixels, shuffled into 16-bit pairs per band. Reads up
 // to one pixel and eight bytes beyond the last tap; rows are padded for it.
 template <int Bands>
@@ -207,8 +214,6 @@ __attribute__((target("avx2"))) void horizontalRowAvx2(const uint8_t* in, int fi
     }
 }
 
-std::atomic<bool> vectorUnits = true;
-
 bool useAvx2() {
     static const bool hasAvx2 = [] {
         __builtin_cpu_init();
@@ -216,26 +221,31 @@ bool useAvx2() {
     }();
     return hasAvx2 && vectorUnits;
 }
+#endif
 
 void verticalRow(const uint8_t* const* rows, const int16_t* weights, int count, int length, uint8_t* out) {
+#ifdef QUILLET_AVX2_PASSES
     if (useAvx2())
         return verticalRowAvx2(rows, weights, count, length, out);
+#endif
     verticalRowPortable(rows, weights, count, 0, length, out);
 }
 
 void horizontalRow(int bands, const uint8_t* in, int firstColumn, const Taps& taps, uint8_t* out) {
-    const bool vector = useAvx2();
+#ifdef QUILLET_AVX2_PASSES
+    if (useAvx2() && bands >= 3)
+        return bands == 3 ? horizontalRowAvx2<3>(in, firstColumn, taps, out)
+                          : horizontalRowAvx2<4>(in, firstColumn, taps, out);
+#endif
     switch (bands) {
     case 1:
         return horizontalRowPortable<1>(in, firstColumn, taps, out);
     case 2:
         return horizontalRowPortable<2>(in, firstColumn, taps, out);
     case 3:
-        return vector ? horizontalRowAvx2<3>(in, firstColumn, taps, out)
-                      : horizontalRowPortable<3>(in, firstColumn, taps, out);
+        return horizontalRowPortable<3>(in, firstColumn, taps, out);
     default:
-        return vector ? horizontalRowAvx2<4>(in, firstColumn, taps, out)
-                      : horizontalRowPortable<4>(in, firstColumn, taps, out);
+        return horizontalRowPortable<4>(in, firstColumn, taps, out);
     }
 }
 
