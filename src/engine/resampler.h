@@ -29,8 +29,10 @@ struct AxisMap {
 std::optional<vips::VImage> resample(const vips::VImage& image, const AxisMap& x, const AxisMap& y,
                                      int interpolation);
 
-// Whether the AVX2 passes may run where the processor has them (the default).
-// Both ways give the same bytes; tests compare them.
-void useVectorUnits(bool enabled);
+// The vector instructions the passes may use at most (x86-64 only; the
+// processor may have fewer). Every choice gives the same bytes; tests compare
+// them. AVX2 by default.
+enum class VectorUnits { None, Sse2, Avx2 };
+void useVectorUnits(VectorUnits most);
 
 } // namespace Resampler
