@@ -81,8 +81,9 @@ VImage resample(const VImage& premultiplied, double fx, double fy, double kx, do
             return premultiplied;
         return premultiplied.embed(int(std::lround(tx)), int(std::lround(ty)), cw, ch, copyEdges);
     }
-    if (auto drawn = Resampler::resample(premultiplied, {fx, kx, dx, cw}, {fy, ky, dy, ch}, interpolation))
-        return *drawn;
+    if (Resampler::outrunsLibvips(kx, ky))
+        if (auto drawn = Resampler::resample(premultiplied, {fx, kx, dx, cw}, {fy, ky, dy, ch}, interpolation))
+            return *drawn;
     if (interpolation == 1 || (kx >= 1 && ky >= 1)) {
         // One affine from pixel centres to pixel centres. The nearest
         // interpolator floors its coordinate, so it must not get the half

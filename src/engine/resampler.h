@@ -29,6 +29,11 @@ struct AxisMap {
 std::optional<vips::VImage> resample(const vips::VImage& image, const AxisMap& x, const AxisMap& y,
                                      int interpolation);
 
+// Whether resample() beats libvips at these scales on this build: always
+// with the x86-64 vector passes; elsewhere only when enlarging, since the
+// portable passes reduce more slowly than libvips's reduce.
+bool outrunsLibvips(double scaleX, double scaleY);
+
 // The vector instructions the passes may use at most (x86-64 only; the
 // processor may have fewer). Every choice gives the same bytes; tests compare
 // them. AVX2 by default.

@@ -1,5 +1,7 @@
 #include "engine/resamplingrows.h"
 
+#include "engine/resampler.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cstring>
@@ -142,6 +144,14 @@ bool hasAvx2() {
 } // namespace
 
 void useVectorUnits(VectorUnits most) { allowedUnits = most; }
+
+bool outrunsLibvips(double scaleX, double scaleY) {
+#ifdef QUILLET_X86_PASSES
+    return scaleX > 0 && scaleY > 0;
+#else
+    return scaleX >= 1 && scaleY >= 1;
+#endif
+}
 
 void verticalRow(const uint8_t* const* rows, const int16_t* weights, int count, int length, uint8_t* out) {
 #ifdef QUILLET_X86_PASSES
