@@ -117,12 +117,3 @@ TEST(Resampler, AgreesWithLibvipsKernels) {
                                                             ->set("extend", VIPS_EXTEND_COPY));
     EXPECT_LT(meanDifference(bigger, reference), 1.0);
 }
-
-TEST(Resampler, LeavesOtherWorkToLibvips) {
-    const VImage rgb = busyPicture(64, 64, 3);
-    EXPECT_FALSE(Resampler::resample(rgb, whole(64, 32), whole(64, 32), 1)); // nearest neighbour
-    EXPECT_FALSE(Resampler::resample(rgb.cast(VIPS_FORMAT_FLOAT), whole(64, 32), whole(64, 32), 3));
-    EXPECT_FALSE(Resampler::resample(busyPicture(8, 8, 5), whole(8, 4), whole(8, 4), 3));
-    EXPECT_FALSE(Resampler::resample(rgb, {0, 0.01, 0, 1}, whole(64, 32), 3)); // kernel of 600 taps
-    EXPECT_FALSE(Resampler::resample(rgb, {0, 0, 0, 10}, whole(64, 32), 3));
-}
