@@ -82,7 +82,8 @@ VImage resample(const VImage& premultiplied, double fx, double fy, double kx, do
         return premultiplied.embed(int(std::lround(tx)), int(std::lround(ty)), cw, ch, copyEdges);
     }
     if (Resampler::outrunsLibvips(kx, ky))
-        if (auto drawn = Resampler::resample(premultiplied, {fx, kx, dx, cw}, {fy, ky, dy, ch}, interpolation))
+        if (auto drawn =
+                Resampler::resample(premultiplied, {fx, kx, dx, cw}, {fy, ky, dy, ch}, interpolation))
             return *drawn;
     if (interpolation == 1 || (kx >= 1 && ky >= 1)) {
         // One affine from pixel centres to pixel centres. The nearest
@@ -183,7 +184,8 @@ Picture draw(const Picture& picture, const Layout& layout, int interpolation,
         // nor the background: only the colour bands are resampled, and the
         // result stays without alpha.
         if (opaque && fillsCanvas) {
-            const VImage rgb = image.bands() == 3 ? image : image.extract_band(0, VImage::option()->set("n", 3));
+            const VImage rgb =
+                image.bands() == 3 ? image : image.extract_band(0, VImage::option()->set("n", 3));
             const VImage drawn = resample(rgb, fx, fy, kx, ky, dst.x, dst.y, cw, ch, interpolation);
             return Picture{drawn.copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB)),
                            double(cw), double(ch), true};

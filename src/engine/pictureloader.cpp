@@ -43,7 +43,8 @@ vips::VImage normalise(vips::VImage image) {
     if (image.format() != VIPS_FORMAT_UCHAR)
         image = image.cast(VIPS_FORMAT_UCHAR);
     if (image.bands() == 1 || image.bands() == 2) // colourspace leaves some one-band images alone
-        image = image.bands() == 1 ? image.bandjoin({image, image}) : image[0].bandjoin({image[0], image[0], image[1]});
+        image = image.bands() == 1 ? image.bandjoin({image, image})
+                                   : image[0].bandjoin({image[0], image[0], image[1]});
     if (image.bands() > 4)
         image = image.extract_band(0, vips::VImage::option()->set("n", 4));
     return image.copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));

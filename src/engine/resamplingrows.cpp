@@ -55,15 +55,19 @@ int32_t weightPair(const int16_t* weights, int k, int count) {
     return int32_t(uint16_t(weights[k])) | (second << 16);
 }
 
-const __m128i* vector128(const uint8_t* p) { return reinterpret_cast<const __m128i*>(p); }
+const __m128i* vector128(const uint8_t* p) {
+    return reinterpret_cast<const __m128i*>(p);
+}
 
 // Sixteen bytes and two taps at a time: the bytes of two rows are interleaved
 // into 16-bit pairs that one multiply-add weighs (SSE2 is in every x86-64).
-void verticalRowSse2(const uint8_t* const* rows, const int16_t* weights, int count, int length, uint8_t* out) {
+void verticalRowSse2(const uint8_t* const* rows, const int16_t* weights, int count, int length,
+                     uint8_t* out) {
     const __m128i zero = _mm_setzero_si128();
     int x = 0;
     for (; x + 16 <= length; x += 16) {
-        __m128i sums[4] = {_mm_set1_epi32(Half), _mm_set1_epi32(Half), _mm_set1_epi32(Half), _mm_set1_epi32(Half)};
+        __m128i sums[4] = {_mm_set1_epi32(Half), _mm_set1_epi32(Half), _mm_set1_epi32(Half),
+                           _mm_set1_epi32(Half)};
         for (int k = 0; k < count; k += 2) {
             const __m128i a = _mm_loadu_si128(vector128(rows[k] + x));
             const __m128i b = k + 1 < count ? _mm_loadu_si128(vector128(rows[k + 1] + x)) : zero;
@@ -76,30 +80,34 @@ void verticalRowSse2(const uint8_t* const* rows, const int16_t* weights, int cou
             sums[3] = _mm_add_epi32(sums[3], _mm_madd_epi16(_mm_unpackhi_epi8(high, zero), w));
         }
         const __m128i first = _mm_packs_epi32(_mm_srai_epi32(sums[0], Shift), _mm_srai_epi32(sums[1], Shift));
-        const __m128i second = _mm_packs_epi32(_mm_srai_epi32(sums[2], Shift), _mm_srai_epi32(sums[3], Shift));
+        const __m128i second =
+            _mm_packs_epi32(_mm_srai_epi32(sums[2], Shift), _mm_srai_epi32(sums[3], Shift));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out + x), _mm_packus_epi16(first, second));
     }
     verticalRowPortable(rows, weights, count, x, length, out);
 }
 
 // The same with AVX2, whose multiply-add weighs sixteen pairs at once.
-__attribute__((target("avx2"))) void verticalRowAvx2(const uint8_t* const* rows, const int16_t* weights, int count,
-                                                     int length, uint8_t* out) {
+__attribute__((target("avx2"))) void verticalRowAvx2(const uint8_t* const* rows, const int16_t* weights,
+                                                     int count, int length, uint8_t* out) {
     int x = 0;
     for (; x + 16 <= length; x += 16) {
         __m256i low = _mm256_set1_epi32(Half);
         __m256i high = low;
         for (int k = 0; k < count; k += 2) {
             const __m128i a = _mm_loadu_si128(vector128(rows[k] + x));
-            const __m128i b = k + 1 < count ? _mm_loadu_si128(vector128(rows[k + 1] + x)) : _mm_setzero_si128();
+            const __m128i b =
+                k + 1 < count ? _mm_loadu_si128(vector128(rows[k + 1] + x)) : _mm_setzero_si128();
             const __m256i w = _mm256_set1_epi32(weightPair(weights, k, count));
             low = _mm256_add_epi32(low, _mm256_madd_epi16(_mm256_cvtepu8_epi16(_mm_unpacklo_epi8(a, b)), w));
-            high = _mm256_add_epi32(high, _mm256_madd_epi16(_mm256_cvtepu8_epi16(_mm_unpackhi_epi8(a, b)), w));
+            high =
+                _mm256_add_epi32(high, _mm256_madd_epi16(_mm256_cvtepu8_epi16(_mm_unpackhi_epi8(a, b)), w));
         }
         // The 128-bit halves pack separately; the permute puts them in order.
         const __m256i words = _mm256_permute4x64_epi64(
             _mm256_packs_epi32(_mm256_srai_epi32(low, Shift), _mm256_srai_epi32(high, Shift)), 0xD8);
-        const __m128i bytes = _mm_packus_epi16(_mm256_castsi256_si128(words), _mm256_extracti128_si256(words, 1));
+        const __m128i bytes =
+            _mm_packus_epi16(_mm256_castsi256_si128(words), _mm256_extracti128_si256(words, 1));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out + x), bytes);
     }
     verticalRowPortable(rows, weights, count, x, length, out);
@@ -122,7 +130,8 @@ void horizontalRowSse2(const uint8_t* in, int firstColumn, const Taps& taps, uin
             std::memcpy(&a, p + k * Bands, sizeof a);
             std::memcpy(&b, p + (k + 1) * Bands, sizeof b);
             std::memcpy(&weights, w + k, sizeof weights);
-            const __m128i pairs = _mm_unpacklo_epi8(_mm_unpacklo_epi8(_mm_cvtsi32_si128(a), _mm_cvtsi32_si128(b)), zero);
+            const __m128i pairs =
+                _mm_unpacklo_epi8(_mm_unpacklo_epi8(_mm_cvtsi32_si128(a), _mm_cvtsi32_si128(b)), zero);
             sum = _mm_add_epi32(sum, _mm_madd_epi16(pairs, _mm_set1_epi32(weights)));
         }
         const __m128i words = _mm_packs_epi32(_mm_srai_epi32(sum, Shift), zero);
@@ -143,7 +152,9 @@ bool hasAvx2() {
 
 } // namespace
 
-void useVectorUnits(VectorUnits most) { allowedUnits = most; }
+void useVectorUnits(VectorUnits most) {
+    allowedUnits = most;
+}
 
 bool outrunsLibvips(double scaleX, double scaleY) {
 #ifdef QUILLET_X86_PASSES
