@@ -1,4 +1,5 @@
 #include "cli/commands.h"
+#include "cli/inplaceargs.h"
 
 #include "inplace/consolereport.h"
 
@@ -16,24 +17,12 @@ const char usage[] = "Usage: quillet dates [--modification] FILE...\n"
 } // namespace
 
 int runDates(const QStringList& args) {
-    bool modification = false;
-    QStringList files;
-    for (const QString& arg : args) {
-        if (arg == QLatin1String("-h") || arg == QLatin1String("--help")) {
-            std::fputs(usage, stdout);
-            return 0;
-        }
-        if (arg == QLatin1String("--modification"))
-            modification = true;
-        else if (arg.startsWith(QLatin1String("--"))) {
-            std::fprintf(stderr, "quillet dates: unknown option '%s'\n\n%s", qPrintable(arg), usage);
-            return 2;
-        } else
-            files.append(arg);
-    }
-    if (files.isEmpty()) {
+    const InplaceArgs parsed = parseInplaceArgs(args, "dates", usage, QStringLiteral("--modification"));
+    if (parsed.exitStatus)
+        return *parsed.exitStatus;
+    if (parsed.words.isEmpty()) {
         std::fputs(usage, stderr);
         return 2;
     }
-    return ConsoleReport::run(InplaceAction::ResetDates, files, false, modification);
+    return ConsoleReport::run(InplaceAction::ResetDates, parsed.words, false, parsed.flag);
 }

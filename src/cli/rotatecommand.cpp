@@ -1,4 +1,5 @@
 #include "cli/commands.h"
+#include "cli/inplaceargs.h"
 
 #include "inplace/consolereport.h"
 
@@ -26,27 +27,14 @@ int runRotate(const QStringList& args) {
     static const InplaceAction actions[] = {InplaceAction::RotateClockwise,
                                             InplaceAction::RotateCounterClockwise, InplaceAction::Rotate180,
                                             InplaceAction::RotateAuto};
-    int mode = -1;
-    bool backup = false;
-    QStringList files;
-    for (const QString& arg : args) {
-        if (arg == QLatin1String("-h") || arg == QLatin1String("--help")) {
-            std::fputs(usage, stdout);
-            return 0;
-        }
-        if (arg == QLatin1String("--backup"))
-            backup = true;
-        else if (mode < 0 && files.isEmpty() && modes.contains(arg))
-            mode = int(modes.indexOf(arg));
-        else if (arg.startsWith(QLatin1String("--"))) {
-            std::fprintf(stderr, "quillet rotate: unknown option '%s'\n\n%s", qPrintable(arg), usage);
-            return 2;
-        } else
-            files.append(arg);
-    }
-    if (mode < 0 || files.isEmpty()) {
+    const InplaceArgs parsed = parseInplaceArgs(args, "rotate", usage, QStringLiteral("--backup"));
+    if (parsed.exitStatus)
+        return *parsed.exitStatus;
+    // The first word names the turn; the files follow it.
+    const int mode = parsed.words.isEmpty() ? -1 : int(modes.indexOf(parsed.words.first()));
+    if (mode < 0 || parsed.words.size() < 2) {
         std::fputs(usage, stderr);
         return 2;
     }
-    return ConsoleReport::run(actions[mode], files, backup, false);
+    return ConsoleReport::run(actions[mode], parsed.words.mid(1), parsed.flag, false);
 }
