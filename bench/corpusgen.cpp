@@ -31,7 +31,8 @@ namespace {
 VImage cloud(int width, int height, int featureSize, int seed) {
     const int w = width / featureSize + 3;
     const int h = height / featureSize + 3;
-    VImage coarse = VImage::gaussnoise(w, h, VImage::option()->set("sigma", 1.0)->set("mean", 0.0)->set("seed", seed));
+    VImage coarse =
+        VImage::gaussnoise(w, h, VImage::option()->set("sigma", 1.0)->set("mean", 0.0)->set("seed", seed));
     if (featureSize == 1)
         return coarse;
     return coarse.resize(featureSize, VImage::option()->set("kernel", VIPS_KERNEL_CUBIC));
@@ -66,7 +67,8 @@ VImage lowFrequencies(int width, int height, int lowScale, int seed) {
         VImage c = cloud(lw, lh, lowFeature, seed * 16 + salt);
         return c.extract_area(0, 0, lw, lh);
     };
-    VImage luminance = lowCloud(64, 1) * 30.0 + lowCloud(12, 2) * 16.0 + lowCloud(3, 3) * 9.0 + lowCloud(1, 4) * 5.0;
+    VImage luminance =
+        lowCloud(64, 1) * 30.0 + lowCloud(12, 2) * 16.0 + lowCloud(3, 3) * 9.0 + lowCloud(1, 4) * 5.0;
     VImage chroma = lowCloud(48, 5).bandjoin(lowCloud(48, 6)).bandjoin(lowCloud(48, 7)) * 14.0;
     return clipToUchar(base + luminance + chroma);
 }
@@ -79,16 +81,17 @@ VImage synthesise(int width, int height, int seed) {
 
     // Hard-edged regions (leaves, buildings), thresholded at full size and
     // softened to a lens-like edge.
-    VImage regionField = clipToUchar(cloud(width / lowScale + 4, height / lowScale + 4, 8, seed * 16 + 8) * 40.0 + 128.0)
-                             .resize(lowScale)
-                             .extract_area(lowScale, lowScale, width, height);
+    VImage regionField =
+        clipToUchar(cloud(width / lowScale + 4, height / lowScale + 4, 8, seed * 16 + 8) * 40.0 + 128.0)
+            .resize(lowScale)
+            .extract_area(lowScale, lowScale, width, height);
     VImage regions = (regionField > 142).ifthenelse(36, 0).cast(VIPS_FORMAT_UCHAR).gaussblur(0.8);
 
     // Sensor grain and fine texture, made on one tile and repeated: a decoder
     // or encoder cannot tell, and fresh noise per pixel is the slowest part.
     const int tile = std::max(width, height) > 2048 ? 1024 : 256;
-    VImage grain =
-        VImage::gaussnoise(tile, tile, VImage::option()->set("sigma", 5.0)->set("mean", 0.0)->set("seed", seed * 16 + 9));
+    VImage grain = VImage::gaussnoise(
+        tile, tile, VImage::option()->set("sigma", 5.0)->set("mean", 0.0)->set("seed", seed * 16 + 9));
     VImage texture = cloud(tile, tile, 4, seed * 16 + 10).extract_area(0, 0, tile, tile) * 7.0;
     VImage detail = (grain + texture - 13.0)
                         .cast(VIPS_FORMAT_CHAR)
@@ -138,7 +141,6 @@ int main(int argc, char* argv[]) {
             std::fprintf(stderr, "corpusgen: %s: %s\n", path.c_str(), error.what());
             ++failures;
         }
-
     }
     vips_shutdown();
     return failures == 0 ? 0 : 1;

@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <vector>
 
+using namespace quillet;
+
 namespace {
 
 void quiet(JpegContext& ctx) {

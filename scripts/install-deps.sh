@@ -5,8 +5,8 @@ set -euo pipefail
 
 packages=(
   # build
-  cmake ninja-build g++ pkg-config
-  qt6-base-dev libvips-dev
+  cmake ninja-build g++ pkg-config clang-format
+  qt6-base-dev qt6-qpa-plugins libvips-dev
   libgtest-dev libgmock-dev
   # runtime tools and fonts
   libjpeg-turbo-progs fonts-dejavu-core

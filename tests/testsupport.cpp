@@ -4,6 +4,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+namespace quillet {
+
 namespace testsupport {
 
 QString samplesDir() {
@@ -23,9 +25,11 @@ std::unique_ptr<QTemporaryDir> scratchDir(const QString& prefix) {
     const QString candidates[] = {QDir::currentPath(), QStringLiteral("/var/tmp"), QDir::homePath()};
     for (const QString& base : candidates) {
         const QString canonical = QDir(base).canonicalPath();
-        if (canonical.isEmpty() || canonical == QLatin1String("/tmp") || canonical.startsWith(QLatin1String("/tmp/")))
+        if (canonical.isEmpty() || canonical == QLatin1String("/tmp") ||
+            canonical.startsWith(QLatin1String("/tmp/")))
             continue;
-        auto dir = std::make_unique<QTemporaryDir>(canonical + QLatin1Char('/') + prefix + QStringLiteral("-XXXXXX"));
+        auto dir = std::make_unique<QTemporaryDir>(canonical + QLatin1Char('/') + prefix +
+                                                   QStringLiteral("-XXXXXX"));
         if (dir->isValid())
             return dir;
     }
@@ -33,9 +37,13 @@ std::unique_ptr<QTemporaryDir> scratchDir(const QString& prefix) {
     return std::make_unique<QTemporaryDir>();
 }
 
-QString projectSamplesDir() { return QStringLiteral(QUILLET_PROJECT_SAMPLES_DIR); }
+QString projectSamplesDir() {
+    return QStringLiteral(QUILLET_PROJECT_SAMPLES_DIR);
+}
 
-QString cliPath() { return QStringLiteral(QUILLET_CLI_PATH); }
+QString cliPath() {
+    return QStringLiteral(QUILLET_CLI_PATH);
+}
 
 QByteArray readFile(const QString& path) {
     QFile f(path);
@@ -63,3 +71,5 @@ std::vector<double> pixelAt(const vips::VImage& image, int x, int y) {
 }
 
 } // namespace testsupport
+
+} // namespace quillet

@@ -11,6 +11,8 @@
 #include <gtest/gtest.h>
 #include <vips/vips8>
 
+namespace quillet {
+
 // Fixtures shared by every suite.
 namespace testsupport {
 
@@ -19,11 +21,11 @@ QString samplesDir();
 // Full path of a shared sample; skips the calling test with a clear message
 // when the samples are absent. Use as: QString p; QUILLET_SAMPLE_OR_SKIP(p, "Canon_40D.jpg");
 QString samplePath(const QString& name);
-#define QUILLET_SAMPLE_OR_SKIP(var, name)                                                          \
-    do {                                                                                           \
-        (var) = testsupport::samplePath(QStringLiteral(name));                                     \
-        if ((var).isEmpty())                                                                       \
-            GTEST_SKIP() << "sample pictures not found (../shared/samples/photos is absent)";      \
+#define QUILLET_SAMPLE_OR_SKIP(var, name)                                                                    \
+    do {                                                                                                     \
+        (var) = testsupport::samplePath(QStringLiteral(name));                                               \
+        if ((var).isEmpty())                                                                                 \
+            GTEST_SKIP() << "sample pictures not found (../shared/samples/photos is absent)";                \
     } while (0)
 
 // A scratch folder for output trees. Output paths under /tmp count as the
@@ -48,3 +50,5 @@ Picture solidPicture(int width, int height, int r, int g, int b, int a = 255);
 std::vector<double> pixelAt(const vips::VImage& image, int x, int y);
 
 } // namespace testsupport
+
+} // namespace quillet

@@ -2,6 +2,8 @@
 
 #include <QStringList>
 
+namespace quillet {
+
 // One function per subcommand; each gets the arguments after its name and
 // returns the process exit status (0 success, 1 failure, 2 bad usage).
 int runProcess(const QStringList& args);
@@ -10,3 +12,5 @@ int runPresets(const QStringList& args);
 int runRotate(const QStringList& args);
 int runDates(const QStringList& args);
 int runIcons(const QStringList& args);
+
+} // namespace quillet

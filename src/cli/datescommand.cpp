@@ -5,6 +5,8 @@
 
 #include <cstdio>
 
+namespace quillet {
+
 namespace {
 
 const char usage[] = "Usage: quillet dates [--modification] FILE...\n"
@@ -26,3 +28,5 @@ int runDates(const QStringList& args) {
     }
     return ConsoleReport::run(InplaceAction::ResetDates, parsed.words, false, parsed.flag);
 }
+
+} // namespace quillet

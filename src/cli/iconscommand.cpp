@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+namespace quillet {
+
 namespace {
 
 const char usage[] = "Usage: quillet icons add|remove FILE...\n"
@@ -27,3 +29,5 @@ int runIcons(const QStringList& args) {
         args.first() == QLatin1String("add") ? InplaceAction::AddIcons : InplaceAction::RemoveIcons;
     return ConsoleReport::run(action, args.mid(1), false, false);
 }
+
+} // namespace quillet

@@ -9,6 +9,8 @@
 #include <cstdio>
 #include <string>
 
+namespace quillet {
+
 namespace {
 
 const char infoUsage[] = "Usage: quillet info [--json] FILE...\n"
@@ -183,3 +185,5 @@ int runInfo(const QStringList& args) {
     }
     return status;
 }
+
+} // namespace quillet

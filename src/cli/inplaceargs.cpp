@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+namespace quillet {
+
 InplaceArgs parseInplaceArgs(const QStringList& args, const char* command, const char* usage,
                              const QString& flag) {
     InplaceArgs parsed;
@@ -23,3 +25,5 @@ InplaceArgs parseInplaceArgs(const QStringList& args, const char* command, const
     }
     return parsed;
 }
+
+} // namespace quillet

@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace quillet {
+
 // The arguments of an in-place command: one optional flag and the words that
 // follow it. -h/--help and unknown options are answered here; `exitStatus` is
 // then set and the command returns it.
@@ -15,3 +17,5 @@ struct InplaceArgs {
 
 InplaceArgs parseInplaceArgs(const QStringList& args, const char* command, const char* usage,
                              const QString& flag);
+
+} // namespace quillet

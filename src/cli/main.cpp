@@ -9,26 +9,27 @@
 #include <functional>
 #include <map>
 
+using namespace quillet;
+
 namespace {
 
-const char usage[] =
-    "Usage: quillet [--settings FILE] COMMAND [ARGS...]\n"
-    "\n"
-    "Commands:\n"
-    "  process [options] PATH... --dest DIR   convert pictures and folders into DIR\n"
-    "  info [--json] FILE...                   show each picture's metadata record\n"
-    "  presets list|show|export|import|delete  manage the stored presets\n"
-    "  rotate cw|ccw|180|auto [--backup] FILE...  rotate JPEGs losslessly in place\n"
-    "  dates [--modification] FILE...          set file dates from the EXIF capture date\n"
-    "  icons add|remove FILE...                add or remove custom icons\n"
-    "\n"
-    "Options:\n"
-    "  --settings FILE   use FILE (INI) as the settings store; the environment\n"
-    "                    variable QUILLET_SETTINGS does the same\n"
-    "  -h, --help        show this help\n"
-    "  --version         show the version\n"
-    "\n"
-    "Run 'quillet COMMAND --help' for a command's options.\n";
+const char usage[] = "Usage: quillet [--settings FILE] COMMAND [ARGS...]\n"
+                     "\n"
+                     "Commands:\n"
+                     "  process [options] PATH... --dest DIR   convert pictures and folders into DIR\n"
+                     "  info [--json] FILE...                   show each picture's metadata record\n"
+                     "  presets list|show|export|import|delete  manage the stored presets\n"
+                     "  rotate cw|ccw|180|auto [--backup] FILE...  rotate JPEGs losslessly in place\n"
+                     "  dates [--modification] FILE...          set file dates from the EXIF capture date\n"
+                     "  icons add|remove FILE...                add or remove custom icons\n"
+                     "\n"
+                     "Options:\n"
+                     "  --settings FILE   use FILE (INI) as the settings store; the environment\n"
+                     "                    variable QUILLET_SETTINGS does the same\n"
+                     "  -h, --help        show this help\n"
+                     "  --version         show the version\n"
+                     "\n"
+                     "Run 'quillet COMMAND --help' for a command's options.\n";
 
 } // namespace
 

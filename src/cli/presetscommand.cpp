@@ -6,6 +6,8 @@
 
 #include <cstdio>
 
+namespace quillet {
+
 namespace {
 
 const char usage[] = "Usage: quillet presets list\n"
@@ -130,3 +132,5 @@ int runPresets(const QStringList& args) {
         return remove(store, args.at(1));
     return badUsage("unknown subcommand");
 }
+
+} // namespace quillet

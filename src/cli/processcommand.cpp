@@ -3,7 +3,7 @@
 #include "cli/processsignals.h"
 #include "cli/terminalinput.h"
 #include "cli/terminalshell.h"
-#include "engine/imageprocessor.h"
+#include "engine/batch/imageprocessor.h"
 #include "metadata/jpegcontext.h"
 #include "support/settingsstore.h"
 
@@ -13,6 +13,8 @@
 #include <cstdio>
 #include <malloc.h>
 #include <unistd.h>
+
+namespace quillet {
 
 namespace {
 
@@ -49,11 +51,13 @@ int runProcess(const QStringList& args) {
     }
     const bool canAsk = isatty(STDIN_FILENO) != 0;
     if (request.conflictGiven && request.conflict == ProcessRequest::Conflict::Ask && !canAsk)
-        return usageError(QStringLiteral("--on-conflict ask needs a terminal to ask on; use --on-conflict skip "
-                                         "or --on-conflict replace"));
+        return usageError(
+            QStringLiteral("--on-conflict ask needs a terminal to ask on; use --on-conflict skip "
+                           "or --on-conflict replace"));
     for (const QString& path : request.paths)
         if (!QFileInfo::exists(path))
-            std::fprintf(stderr, "quillet process: '%s' does not exist; left out\n", path.toLocal8Bit().constData());
+            std::fprintf(stderr, "quillet process: '%s' does not exist; left out\n",
+                         path.toLocal8Bit().constData());
 
     TerminalShell::Streams streams;
     streams.outIsTerminal = isatty(STDOUT_FILENO) != 0;
@@ -107,8 +111,9 @@ int runProcess(const QStringList& args) {
         [&] { input.suspend(); },
     });
 
-
     job.processFiles(request.paths, request.params, request.dest, request.creator, request.options);
     job.waitForFinished();
     return shell.processed() == shell.total() && !shell.hadError() ? 0 : 1;
 }
+
+} // namespace quillet

@@ -6,6 +6,8 @@
 #include <functional>
 #include <map>
 
+namespace quillet {
+
 namespace {
 
 using Params = ProcessingParams;
@@ -37,7 +39,10 @@ struct Parser {
         const auto number = ProcessValues::parseInt(*text, min, max);
         if (!number)
             fail(QStringLiteral("option '%1' wants a whole number from %2 to %3, not '%4'")
-                     .arg(name).arg(min).arg(max).arg(*text));
+                     .arg(name)
+                     .arg(min)
+                     .arg(max)
+                     .arg(*text));
         return number;
     }
     bool box(const QString& name, int scaleType, bool withCrop = false) {
@@ -56,7 +61,8 @@ struct Parser {
             p.setInt(ParamKey::CropAreaPercentage, size->percent);
         return true;
     }
-    bool choice(const QString& name, const std::map<QString, int>& choices, const std::function<void(int)>& apply) {
+    bool choice(const QString& name, const std::map<QString, int>& choices,
+                const std::function<void(int)>& apply) {
         const auto text = value(name);
         if (!text)
             return false;
@@ -65,7 +71,8 @@ struct Parser {
             QStringList names;
             for (const auto& [key, code] : choices)
                 names.append(key);
-            return fail(QStringLiteral("option '%1' wants one of %2, not '%3'").arg(name, names.join(QStringLiteral(", ")), *text));
+            return fail(QStringLiteral("option '%1' wants one of %2, not '%3'")
+                            .arg(name, names.join(QStringLiteral(", ")), *text));
         }
         apply(found->second);
         return true;
@@ -77,7 +84,8 @@ struct Parser {
         const auto parsed = ProcessValues::parseColor(*text);
         if (!parsed)
             return fail(QStringLiteral("option '%1' wants a colour such as #ffffff, #00000080 or "
-                                       "rgba(1, 1, 1, 0.5), not '%2'").arg(name, *text));
+                                       "rgba(1, 1, 1, 0.5), not '%2'")
+                            .arg(name, *text));
         request.params.setColor(QLatin1String(key), *parsed);
         return true;
     }
@@ -89,7 +97,10 @@ bool Parser::option(const QString& name) {
     Params& p = request.params;
     Renamer& r = request.renamer;
     BatchOptions& o = request.options;
-    const auto setBool = [&](const char* key, bool on) { p.setBool(QLatin1String(key), on); return true; };
+    const auto setBool = [&](const char* key, bool on) {
+        p.setBool(QLatin1String(key), on);
+        return true;
+    };
 
     if (name == QLatin1String("--dest")) {
         const auto v = value(name);
@@ -107,9 +118,12 @@ bool Parser::option(const QString& name) {
         return problem.isEmpty() || fail(problem);
     }
     if (name == QLatin1String("--rotate"))
-        return choice(name, {{QStringLiteral("none"), Rotation::None}, {QStringLiteral("cw"), Rotation::Clockwise},
-                             {QStringLiteral("ccw"), Rotation::CounterClockwise},
-                             {QStringLiteral("180"), Rotation::HalfTurn}, {QStringLiteral("auto"), Rotation::Automatic}},
+        return choice(name,
+                      {{QStringLiteral("none"), Rotation::None},
+                       {QStringLiteral("cw"), Rotation::Clockwise},
+                       {QStringLiteral("ccw"), Rotation::CounterClockwise},
+                       {QStringLiteral("180"), Rotation::HalfTurn},
+                       {QStringLiteral("auto"), Rotation::Automatic}},
                       [&](int code) { p.setInt(ParamKey::Rotation, code); });
     if (name == QLatin1String("--width") || name == QLatin1String("--height")) {
         const auto v = intValue(name, 1, 1000000);
@@ -130,7 +144,8 @@ bool Parser::option(const QString& name) {
         return box(name, ScaleType::Crop, true);
     if (name == QLatin1String("--percent")) {
         const auto v = intValue(name, 1, 10000);
-        return v && (p.setInt(ParamKey::ScaleType, ScaleType::Percent), p.setInt(ParamKey::ScalePercent, *v), true);
+        return v && (p.setInt(ParamKey::ScaleType, ScaleType::Percent), p.setInt(ParamKey::ScalePercent, *v),
+                     true);
     }
     if (name == QLatin1String("--no-scale"))
         return p.setInt(ParamKey::ScaleType, ScaleType::None), true;
@@ -139,13 +154,19 @@ bool Parser::option(const QString& name) {
     if (name == QLatin1String("--flip-portrait"))
         return setBool(ParamKey::FlipRatio, true);
     if (name == QLatin1String("--interpolation"))
-        return choice(name, {{QStringLiteral("default"), ScaleQuality::Default}, {QStringLiteral("none"), ScaleQuality::None},
-                             {QStringLiteral("low"), ScaleQuality::Low}, {QStringLiteral("high"), ScaleQuality::High}},
+        return choice(name,
+                      {{QStringLiteral("default"), ScaleQuality::Default},
+                       {QStringLiteral("none"), ScaleQuality::None},
+                       {QStringLiteral("low"), ScaleQuality::Low},
+                       {QStringLiteral("high"), ScaleQuality::High}},
                       [&](int code) { p.setInt(ParamKey::ScaleQuality, code); });
     if (name == QLatin1String("--format"))
-        return choice(name, {{QStringLiteral("jpeg"), FileFormat::Jpeg}, {QStringLiteral("jpg"), FileFormat::Jpeg},
-                             {QStringLiteral("png"), FileFormat::Png}, {QStringLiteral("tiff"), FileFormat::Tiff},
-                             {QStringLiteral("tif"), FileFormat::Tiff}},
+        return choice(name,
+                      {{QStringLiteral("jpeg"), FileFormat::Jpeg},
+                       {QStringLiteral("jpg"), FileFormat::Jpeg},
+                       {QStringLiteral("png"), FileFormat::Png},
+                       {QStringLiteral("tiff"), FileFormat::Tiff},
+                       {QStringLiteral("tif"), FileFormat::Tiff}},
                       [&](int code) { p.setInt(ParamKey::FileFormat, code); });
     if (name == QLatin1String("--quality")) {
         const auto v = intValue(name, 0, 100);
@@ -202,15 +223,20 @@ bool Parser::option(const QString& name) {
         return v && (p.setInt(ParamKey::DynWatermarkSize, *v), true);
     }
     if (name == QLatin1String("--text-style"))
-        return choice(name, {{QStringLiteral("white-shadow"), TextStyle::WhiteShadow}, {QStringLiteral("black"), TextStyle::Black},
-                             {QStringLiteral("black-glow"), TextStyle::BlackGlow}},
+        return choice(name,
+                      {{QStringLiteral("white-shadow"), TextStyle::WhiteShadow},
+                       {QStringLiteral("black"), TextStyle::Black},
+                       {QStringLiteral("black-glow"), TextStyle::BlackGlow}},
                       [&](int code) { p.setInt(ParamKey::DynWatermarkStyle, code); });
     if (name == QLatin1String("--text-background"))
         return color(name, ParamKey::DynWatermarkBackgroundColor);
 
     if (name == QLatin1String("--rename"))
-        return choice(name, {{QStringLiteral("keep"), Renamer::KeepName}, {QStringLiteral("sequence"), Renamer::Sequence},
-                             {QStringLiteral("prefix-suffix"), Renamer::PrefixSuffix}, {QStringLiteral("date"), Renamer::Date}},
+        return choice(name,
+                      {{QStringLiteral("keep"), Renamer::KeepName},
+                       {QStringLiteral("sequence"), Renamer::Sequence},
+                       {QStringLiteral("prefix-suffix"), Renamer::PrefixSuffix},
+                       {QStringLiteral("date"), Renamer::Date}},
                       [&](int code) { r.setType(code); });
     if (name == QLatin1String("--prefix") || name == QLatin1String("--suffix")) {
         const auto v = value(name);
@@ -232,8 +258,10 @@ bool Parser::option(const QString& name) {
         return v && (r.setDateFormatTag(*v), true);
     }
     if (name == QLatin1String("--date-conflict"))
-        return choice(name, {{QStringLiteral("dash"), 0}, {QStringLiteral("underscore"), 1}, {QStringLiteral("space"), 2}},
-                      [&](int tag) { r.setConflictFormatTag(tag); });
+        return choice(
+            name,
+            {{QStringLiteral("dash"), 0}, {QStringLiteral("underscore"), 1}, {QStringLiteral("space"), 2}},
+            [&](int tag) { r.setConflictFormatTag(tag); });
     if (name == QLatin1String("--date-fallback"))
         return choice(name, {{QStringLiteral("file-date"), 0}, {QStringLiteral("name"), 1}},
                       [&](int tag) { r.setDateFallbackTag(tag); });
@@ -243,7 +271,9 @@ bool Parser::option(const QString& name) {
         if (!v)
             return false;
         const auto code = ProcessValues::parseFourCharCode(*v);
-        return code ? (request.creator = *code, true) : fail(QStringLiteral("option '--creator' wants four ASCII characters, not '%1'").arg(*v));
+        return code
+                   ? (request.creator = *code, true)
+                   : fail(QStringLiteral("option '--creator' wants four ASCII characters, not '%1'").arg(*v));
     }
     const std::map<QString, std::pair<bool*, bool>> flags = {
         {QStringLiteral("--copy-non-images"), {&o.copyNonImageFiles, true}},
@@ -271,9 +301,10 @@ bool Parser::option(const QString& name) {
         return true;
     }
     if (name == QLatin1String("--on-conflict"))
-        return choice(name, {{QStringLiteral("ask"), int(ProcessRequest::Conflict::Ask)},
-                             {QStringLiteral("skip"), int(ProcessRequest::Conflict::Skip)},
-                             {QStringLiteral("replace"), int(ProcessRequest::Conflict::Replace)}},
+        return choice(name,
+                      {{QStringLiteral("ask"), int(ProcessRequest::Conflict::Ask)},
+                       {QStringLiteral("skip"), int(ProcessRequest::Conflict::Skip)},
+                       {QStringLiteral("replace"), int(ProcessRequest::Conflict::Replace)}},
                       [&](int code) {
                           request.conflict = ProcessRequest::Conflict(code);
                           request.conflictGiven = true;
@@ -384,3 +415,5 @@ QString processUsage() {
         "after the current file. Exit status: 0 all files handled, 1 a folder or file\n"
         "could not be written or the run was cancelled, 2 bad usage.\n");
 }
+
+} // namespace quillet

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/batchoptions.h"
+#include "engine/batch/batchoptions.h"
 #include "naming/renamer.h"
 #include "settings/processingparams.h"
 
@@ -10,6 +10,8 @@
 
 #include <cstdint>
 #include <optional>
+
+namespace quillet {
 
 // Everything `quillet process` was asked to do, parsed from its arguments.
 struct ProcessRequest {
@@ -41,3 +43,5 @@ ProcessParse parseProcessArguments(const QStringList& args, QSettings& settings)
 
 // The option summary printed by --help.
 QString processUsage();
+
+} // namespace quillet

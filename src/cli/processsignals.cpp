@@ -5,6 +5,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace quillet {
+
 namespace {
 
 int pipeFds[2] = {-1, -1};
@@ -77,3 +79,5 @@ void ProcessSignals::run() {
         }
     }
 }
+
+} // namespace quillet

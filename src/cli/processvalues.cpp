@@ -4,31 +4,45 @@
 
 #include <array>
 
+namespace quillet {
+
 namespace ProcessValues {
 
 namespace {
 
 // Names of the text fields, indexed by field code.
 const std::array<const char*, 15> fieldNames = {
-    "filename", "dimensions", "filesize", "camera", "date", "iso", "flash", "focal",
-    "focal35", "exposure", "aperture", "distance", "bias", "caption", "comment",
+    "filename", "dimensions", "filesize", "camera",   "date", "iso",     "flash",   "focal",
+    "focal35",  "exposure",   "aperture", "distance", "bias", "caption", "comment",
 };
 
 const QStringList boolKeys = {
-    QLatin1String(ParamKey::FlipRatio),          QLatin1String(ParamKey::ScaleDownOnly),
-    QLatin1String(ParamKey::HasFizeLimit),       QLatin1String(ParamKey::PreserveHeader),
-    QLatin1String(ParamKey::PreserveTransparency), QLatin1String(ParamKey::WatermarkEnabled),
-    QLatin1String(ParamKey::ImageWatermarkEnabled), QLatin1String(ParamKey::DynWatermarkEnabled),
+    QLatin1String(ParamKey::FlipRatio),
+    QLatin1String(ParamKey::ScaleDownOnly),
+    QLatin1String(ParamKey::HasFizeLimit),
+    QLatin1String(ParamKey::PreserveHeader),
+    QLatin1String(ParamKey::PreserveTransparency),
+    QLatin1String(ParamKey::WatermarkEnabled),
+    QLatin1String(ParamKey::ImageWatermarkEnabled),
+    QLatin1String(ParamKey::DynWatermarkEnabled),
 };
 const QStringList intKeys = {
-    QLatin1String(ParamKey::Rotation),          QLatin1String(ParamKey::ScaleType),
-    QLatin1String(ParamKey::Width),             QLatin1String(ParamKey::Height),
-    QLatin1String(ParamKey::ScalePercent),      QLatin1String(ParamKey::CropAreaPercentage),
-    QLatin1String(ParamKey::ScaleQuality),      QLatin1String(ParamKey::Resolution),
-    QLatin1String(ParamKey::FileFormat),        QLatin1String(ParamKey::JpegQuality),
-    QLatin1String(ParamKey::SizeLimit),         QLatin1String(ParamKey::WatermarkOpacity),
-    QLatin1String(ParamKey::WatermarkLocation), QLatin1String(ParamKey::DynWatermarkBackgroundOpacity),
-    QLatin1String(ParamKey::DynWatermarkSize),  QLatin1String(ParamKey::DynWatermarkStyle),
+    QLatin1String(ParamKey::Rotation),
+    QLatin1String(ParamKey::ScaleType),
+    QLatin1String(ParamKey::Width),
+    QLatin1String(ParamKey::Height),
+    QLatin1String(ParamKey::ScalePercent),
+    QLatin1String(ParamKey::CropAreaPercentage),
+    QLatin1String(ParamKey::ScaleQuality),
+    QLatin1String(ParamKey::Resolution),
+    QLatin1String(ParamKey::FileFormat),
+    QLatin1String(ParamKey::JpegQuality),
+    QLatin1String(ParamKey::SizeLimit),
+    QLatin1String(ParamKey::WatermarkOpacity),
+    QLatin1String(ParamKey::WatermarkLocation),
+    QLatin1String(ParamKey::DynWatermarkBackgroundOpacity),
+    QLatin1String(ParamKey::DynWatermarkSize),
+    QLatin1String(ParamKey::DynWatermarkStyle),
 };
 const QStringList stringKeys = {QLatin1String(ParamKey::Name), QLatin1String(ParamKey::WatermarkPath)};
 const QStringList colorKeys = {QLatin1String(ParamKey::BackgroundColor),
@@ -36,9 +50,11 @@ const QStringList colorKeys = {QLatin1String(ParamKey::BackgroundColor),
 
 std::optional<bool> parseBool(const QString& text) {
     const QString t = text.trimmed().toLower();
-    if (t == QLatin1String("true") || t == QLatin1String("yes") || t == QLatin1String("on") || t == QLatin1String("1"))
+    if (t == QLatin1String("true") || t == QLatin1String("yes") || t == QLatin1String("on") ||
+        t == QLatin1String("1"))
         return true;
-    if (t == QLatin1String("false") || t == QLatin1String("no") || t == QLatin1String("off") || t == QLatin1String("0"))
+    if (t == QLatin1String("false") || t == QLatin1String("no") || t == QLatin1String("off") ||
+        t == QLatin1String("0"))
         return false;
     return std::nullopt;
 }
@@ -54,7 +70,8 @@ std::optional<int> parseInt(const QString& text, int min, int max) {
 }
 
 std::optional<Box> parseBox(const QString& text, bool withPercent) {
-    static const QRegularExpression pattern(QStringLiteral("^\\s*(\\d+)\\s*[xX]\\s*(\\d+)\\s*(?:@\\s*(\\d+)\\s*)?$"));
+    static const QRegularExpression pattern(
+        QStringLiteral("^\\s*(\\d+)\\s*[xX]\\s*(\\d+)\\s*(?:@\\s*(\\d+)\\s*)?$"));
     const auto match = pattern.match(text);
     if (!match.hasMatch() || (!withPercent && match.hasCaptured(3)))
         return std::nullopt;
@@ -93,8 +110,8 @@ std::optional<RgbaColor> parseColor(const QString& text) {
         if (!ok)
             return std::nullopt;
         const uint rgba = hex.size() == 6 ? (value << 8) | 0xff : value;
-        return RgbaColor{((rgba >> 24) & 0xff) / 255.0, ((rgba >> 16) & 0xff) / 255.0, ((rgba >> 8) & 0xff) / 255.0,
-                         (rgba & 0xff) / 255.0};
+        return RgbaColor{((rgba >> 24) & 0xff) / 255.0, ((rgba >> 16) & 0xff) / 255.0,
+                         ((rgba >> 8) & 0xff) / 255.0, (rgba & 0xff) / 255.0};
     }
     return RgbaColor::fromVariant(text.trimmed());
 }
@@ -179,3 +196,5 @@ QString applySetting(ProcessingParams& params, const QString& assignment) {
 }
 
 } // namespace ProcessValues
+
+} // namespace quillet

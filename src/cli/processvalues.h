@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <optional>
 
+namespace quillet {
+
 // Parsing of the values `quillet process` options take.
 namespace ProcessValues {
 
@@ -38,3 +40,5 @@ QStringList textFieldNames();
 QString applySetting(ProcessingParams& params, const QString& assignment);
 
 } // namespace ProcessValues
+
+} // namespace quillet

@@ -5,6 +5,8 @@
 
 #include <cstdio>
 
+namespace quillet {
+
 namespace {
 
 const char usage[] = "Usage: quillet rotate cw|ccw|180|auto [--backup] FILE...\n"
@@ -38,3 +40,5 @@ int runRotate(const QStringList& args) {
     }
     return ConsoleReport::run(actions[mode], parsed.words.mid(1), parsed.flag, false);
 }
+
+} // namespace quillet

@@ -3,6 +3,8 @@
 #include <poll.h>
 #include <unistd.h>
 
+namespace quillet {
+
 TerminalInput::TerminalInput(std::function<void()> onPause) : m_onPause(std::move(onPause)) {
     if (!isatty(STDIN_FILENO) || tcgetattr(STDIN_FILENO, &m_saved) != 0)
         return;
@@ -77,3 +79,5 @@ int TerminalInput::readKey() {
     m_keys.pop_front();
     return key;
 }
+
+} // namespace quillet

@@ -8,12 +8,14 @@
 
 #include <termios.h>
 
+namespace quillet {
+
 // Single keys from a terminal on standard input, read on a thread of its own
 // with echo and line editing off. Keys go to a prompt that waits for one
 // (readKey); when none waits, the pause key ('p' or space) calls onPause.
 // The terminal's own mode comes back on suspend() and on destruction.
 class TerminalInput {
-public:
+  public:
     explicit TerminalInput(std::function<void()> onPause);
     ~TerminalInput();
     TerminalInput(const TerminalInput&) = delete;
@@ -27,7 +29,7 @@ public:
     void suspend();
     void resume();
 
-private:
+  private:
     void run();
 
     std::function<void()> m_onPause;
@@ -41,3 +43,5 @@ private:
     bool m_stopping = false;
     std::thread m_thread;
 };
+
+} // namespace quillet

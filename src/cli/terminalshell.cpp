@@ -2,6 +2,8 @@
 
 #include <QFileInfo>
 
+namespace quillet {
+
 namespace {
 
 constexpr char red[] = "\033[31m";
@@ -32,7 +34,8 @@ void TerminalShell::drawBar() {
     const int filled = m_total > 0 ? int(qint64(m_progress) * width / m_total) : 0;
     const QString bar = QString(filled, QLatin1Char('#')) + QString(width - filled, QLatin1Char('-'));
     // Keep the line short enough not to wrap on a narrow terminal.
-    const QString line = QStringLiteral("[%1] %2/%3 %4").arg(bar).arg(m_progress).arg(m_total).arg(m_status).left(100);
+    const QString line =
+        QStringLiteral("[%1] %2/%3 %4").arg(bar).arg(m_progress).arg(m_total).arg(m_status).left(100);
     std::fprintf(m_streams.status, "%s%s", clearLine, line.toLocal8Bit().constData());
     std::fflush(m_streams.status);
     m_barShown = true;
@@ -90,9 +93,13 @@ void TerminalShell::setStatus(const QString& text, const std::optional<vips::VIm
     }
 }
 
-void TerminalShell::writeActivity(const QString& line) { write(line, false); }
+void TerminalShell::writeActivity(const QString& line) {
+    write(line, false);
+}
 
-void TerminalShell::writeWarningActivity(const QString& line) { write(line, true); }
+void TerminalShell::writeWarningActivity(const QString& line) {
+    write(line, true);
+}
 
 int TerminalShell::confirmReplace(const QString& path) {
     // Skip and replace hold for the whole run, so they answer for the folder.
@@ -103,10 +110,11 @@ int TerminalShell::confirmReplace(const QString& path) {
     {
         std::lock_guard lock(m_mutex);
         clearBar();
-        std::fprintf(m_streams.status,
-                     "'%s' already exists. Replace it? [y]es, [n]o, replace [a]ll in this folder, [s]kip all in "
-                     "this folder: ",
-                     QFileInfo(path).fileName().toLocal8Bit().constData());
+        std::fprintf(
+            m_streams.status,
+            "'%s' already exists. Replace it? [y]es, [n]o, replace [a]ll in this folder, [s]kip all in "
+            "this folder: ",
+            QFileInfo(path).fileName().toLocal8Bit().constData());
         std::fflush(m_streams.status);
     }
     // The lock is not held while waiting, so Ctrl-C notices still get through.
@@ -114,12 +122,27 @@ int TerminalShell::confirmReplace(const QString& path) {
         const int key = m_readKey();
         int answer = -1;
         switch (key) {
-        case 'y': case 'Y': answer = Replace; break;
-        case 'n': case 'N': answer = Skip; break;
-        case 'a': case 'A': answer = ReplaceAll; break;
-        case 's': case 'S': answer = SkipAll; break;
-        case -1: answer = SkipAll; break; // the terminal went away
-        default: break;
+        case 'y':
+        case 'Y':
+            answer = Replace;
+            break;
+        case 'n':
+        case 'N':
+            answer = Skip;
+            break;
+        case 'a':
+        case 'A':
+            answer = ReplaceAll;
+            break;
+        case 's':
+        case 'S':
+            answer = SkipAll;
+            break;
+        case -1:
+            answer = SkipAll;
+            break; // the terminal went away
+        default:
+            break;
         }
         if (answer >= 0) {
             std::lock_guard lock(m_mutex);
@@ -132,9 +155,10 @@ int TerminalShell::confirmReplace(const QString& path) {
 }
 
 void TerminalShell::beginOverwriteWarningSheet() {
-    notice(QStringLiteral("Attempt to Overwrite Original: to prevent accidental damages, Quillet does not allow "
-                          "overwriting of originals. Please choose a different output folder."),
-           true);
+    notice(
+        QStringLiteral("Attempt to Overwrite Original: to prevent accidental damages, Quillet does not allow "
+                       "overwriting of originals. Please choose a different output folder."),
+        true);
 }
 
 void TerminalShell::runMessageSheet(const QString& title, const QString& message) {
@@ -170,3 +194,5 @@ void TerminalShell::waitForCompletion() {
     std::unique_lock lock(m_mutex);
     m_completed.wait(lock, [this] { return m_done; });
 }
+
+} // namespace quillet

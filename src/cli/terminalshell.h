@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/batchshell.h"
+#include "engine/batch/batchshell.h"
 
 #include <QFile>
 #include <QString>
@@ -11,12 +11,14 @@
 #include <mutex>
 #include <optional>
 
+namespace quillet {
+
 // The batch's shell on a terminal: a redrawn progress bar with the current
 // file on a terminal (plain "[n/total] ..." lines otherwise), the activity log
 // as it comes (warnings in red on a terminal, and into --log FILE), the
 // replace question as a one-key prompt, and the report at the end.
 class TerminalShell final : public BatchShell {
-public:
+  public:
     enum class Conflict { Ask, Skip, Replace };
 
     struct Streams {
@@ -53,7 +55,7 @@ public:
     int total() const { return m_total; }
     bool hadError() const { return m_hadError; }
 
-private:
+  private:
     void write(const QString& line, bool warning);
     void clearBar();
     void drawBar();
@@ -73,3 +75,5 @@ private:
     QString m_status;
     QString m_error;
 };
+
+} // namespace quillet

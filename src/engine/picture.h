@@ -2,6 +2,8 @@
 
 #include <vips/vips8>
 
+namespace quillet {
+
 // A picture in the batch pipeline: pixels plus the size the arithmetic works in.
 //
 // `width` and `height` are the logical size in pixels of the original picture.
@@ -22,3 +24,5 @@ struct Picture {
     // Shrink factor of the pixels against the logical size (1 when they agree).
     double pixelScale() const { return width > 0 ? image.width() / width : 1.0; }
 };
+
+} // namespace quillet

@@ -8,6 +8,8 @@
 #include <atomic>
 #include <csignal>
 
+namespace quillet {
+
 namespace {
 
 std::atomic<InplaceSession*> interruptedSession = nullptr;
@@ -80,3 +82,5 @@ int ConsoleReport::run(InplaceAction action, const QStringList& files, bool keep
         std::fprintf(stderr, "  %s\n", QDir::toNativeSeparators(path).toLocal8Bit().constData());
     return bad.isEmpty() ? 0 : 1;
 }
+
+} // namespace quillet

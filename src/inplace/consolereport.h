@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+namespace quillet {
+
 // The in-place panel's progress and log for the command-line tool: progress
 // texts and activity lines on one stream, warnings and the alert on another.
 class ConsoleReport final : public ActivityLog, public InplaceView {
@@ -27,3 +29,5 @@ class ConsoleReport final : public ActivityLog, public InplaceView {
     std::FILE* m_err;
     int m_maximum = 0;
 };
+
+} // namespace quillet

@@ -10,6 +10,8 @@
 #include <QFileInfo>
 #include <QSet>
 
+namespace quillet {
+
 namespace {
 
 // Mode bits are checked as well as access(): root may write anywhere, but a
@@ -169,3 +171,5 @@ void FileRotation::restoreLeftovers(const QStringList& paths) {
         }
     }
 }
+
+} // namespace quillet

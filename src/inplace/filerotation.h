@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace quillet {
+
 class ActivityLog;
 class InplaceFileSystem;
 class JpegtranRunner;
@@ -52,3 +54,5 @@ class FileRotation {
     InplaceFileSystem& m_fileSystem;
     ActivityLog& m_log;
 };
+
+} // namespace quillet

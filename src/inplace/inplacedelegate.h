@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace quillet {
+
 // What a LosslessProcessor run reports to whoever started it (the in-place
 // panel, or the command-line tool). Every call comes on the run's own thread;
 // an implementation that touches an interface moves the work to its thread.
@@ -17,3 +19,5 @@ class InplaceDelegate : public ActivityLog {
     // End of a date or icon run.
     virtual void didComplete() = 0;
 };
+
+} // namespace quillet

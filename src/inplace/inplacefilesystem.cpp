@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace quillet {
+
 bool InplaceFileSystem::rename(const QString& from, const QString& to) {
     // QFile::rename refuses an existing target; the POSIX call replaces it atomically.
     return std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
@@ -53,3 +55,5 @@ InplaceFileSystem& InplaceFileSystem::standard() {
     static InplaceFileSystem fileSystem;
     return fileSystem;
 }
+
+} // namespace quillet

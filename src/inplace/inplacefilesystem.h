@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace quillet {
+
 // The file-system calls the in-place operations make on the user's files.
 // Virtual so that tests can make one of them fail (a read-only folder, a
 // rename that fails half-way through a rotation).
@@ -26,3 +28,5 @@ class InplaceFileSystem {
     // The real file system, shared by every caller.
     static InplaceFileSystem& standard();
 };
+
+} // namespace quillet

@@ -3,6 +3,8 @@
 #include "inplace/jpegtranrunner.h"
 #include "support/settingsstore.h"
 
+namespace quillet {
+
 InplaceSession::InplaceSession(ActivityLog& log, InplaceView& view, std::unique_ptr<JpegtranRunner> jpegtran,
                                InplaceFileSystem* fileSystem)
     : m_log(log), m_view(view), m_processor(*this, std::move(jpegtran), fileSystem) {
@@ -79,3 +81,5 @@ void InplaceSession::didCompleteWithBadFiles(const QStringList& badFiles) {
         m_view.showAlert(QLatin1String(NonJpegTitle), QLatin1String(NonJpegText),
                          QLatin1String(NonJpegButton));
 }
+
+} // namespace quillet

@@ -8,6 +8,8 @@
 #include <atomic>
 #include <memory>
 
+namespace quillet {
+
 // What the in-place panel shows while a run goes. Called on the run's thread.
 class InplaceView {
   public:
@@ -87,3 +89,5 @@ class InplaceSession final : public InplaceDelegate {
     mutable QMutex m_mutex; // guards m_badFiles, written on the run's thread
     QStringList m_badFiles;
 };
+
+} // namespace quillet

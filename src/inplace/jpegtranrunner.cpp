@@ -8,6 +8,8 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
+namespace quillet {
+
 JpegtranRunner::JpegtranRunner()
     : m_requested(qEnvironmentVariable(EnvironmentVariable)), m_program(locate()) {}
 
@@ -64,3 +66,5 @@ int JpegtranRunner::run(const QStringList& arguments) {
         return -1;
     return process.exitCode();
 }
+
+} // namespace quillet

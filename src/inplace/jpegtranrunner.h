@@ -5,6 +5,8 @@
 
 #include <stdexcept>
 
+namespace quillet {
+
 // Raised when a rotation is asked for and no jpegtran program can be found.
 class JpegtranMissing : public std::runtime_error {
   public:
@@ -41,3 +43,5 @@ class JpegtranRunner {
     QString m_requested; // QUILLET_JPEGTRAN as it was when the program was looked up
     QString m_program;
 };
+
+} // namespace quillet

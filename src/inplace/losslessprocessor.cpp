@@ -10,6 +10,8 @@
 
 #include <QFileInfo>
 
+namespace quillet {
+
 LosslessProcessor::LosslessProcessor(InplaceDelegate& controller, std::unique_ptr<JpegtranRunner> jpegtran,
                                      InplaceFileSystem* fileSystem)
     : m_controller(controller),
@@ -121,3 +123,5 @@ void LosslessProcessor::resetDatesForFile(const QString& path) {
     const QDateTime date = info->creationDate();
     FileAttributes::setAttributes(path, 0, 0, false, date, m_resetModificationDate ? date : QDateTime());
 }
+
+} // namespace quillet

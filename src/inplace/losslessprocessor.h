@@ -8,6 +8,8 @@
 #include <memory>
 #include <thread>
 
+namespace quillet {
+
 class InplaceDelegate;
 class InplaceFileSystem;
 
@@ -71,3 +73,5 @@ class LosslessProcessor {
     std::atomic<bool> m_running = false;
     std::thread m_thread;
 };
+
+} // namespace quillet

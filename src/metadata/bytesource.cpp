@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+namespace quillet {
+
 long long FileByteSource::remaining() {
     const long here = std::ftell(m_file);
     if (here < 0 || std::fseek(m_file, 0, SEEK_END) != 0)
@@ -36,3 +38,5 @@ bool FileHandle::close() {
     m_file = nullptr;
     return ok;
 }
+
+} // namespace quillet

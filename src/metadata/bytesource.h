@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstdio>
 
+namespace quillet {
+
 // Where ReadJpegSections takes its bytes from: an open file or a buffer in
 // memory (the fuzzer and the tests read from memory).
 class ByteSource {
@@ -61,3 +63,5 @@ class FileHandle {
   private:
     FILE* m_file = nullptr;
 };
+
+} // namespace quillet

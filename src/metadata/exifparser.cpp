@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstring>
 
+namespace quillet {
+
 namespace {
 
 const int BytesPerFormat[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8};
@@ -463,3 +465,5 @@ long long RemoveThumbnail(JpegContext& ctx, uint8_t* buffer, uint32_t length) {
     }
     return (long long)(ctx.LastExifRefd - uintptr_t(buffer));
 }
+
+} // namespace quillet

@@ -2,6 +2,8 @@
 
 #include "metadata/jpegcontext.h"
 
+namespace quillet {
+
 // Decodes the TIFF structure of an APP1 "Exif" section into ctx.Info.
 // `buffer` is the whole section as held in the list, its two length bytes
 // first; `limit` is the end of the memory that may be read (the section's
@@ -26,3 +28,5 @@ int Get16u(const JpegContext& ctx, const uint8_t* p);
 int Get32s(const JpegContext& ctx, const uint8_t* p);
 uint32_t Get32u(const JpegContext& ctx, const uint8_t* p);
 void Put16u(const JpegContext& ctx, uint8_t* p, int value);
+
+} // namespace quillet

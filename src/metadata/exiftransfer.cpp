@@ -14,6 +14,8 @@
 #include <cstring>
 #include <string>
 
+namespace quillet {
+
 namespace {
 
 void startFile(JpegContext& ctx, const char* currentFile, const char* examined) {
@@ -131,3 +133,5 @@ int copyExif(JpegContext& ctx, const char* source, const char* destination) {
     DiscardData(ctx);
     return 1;
 }
+
+} // namespace quillet

@@ -2,6 +2,8 @@
 
 #include "metadata/jpegcontext.h"
 
+namespace quillet {
+
 // The two doors into the JPEG/EXIF layer.
 
 // Reads path's metadata (up to its SOS) into ctx.Info. Returns 1 when the file
@@ -13,3 +15,5 @@ int parseFile(JpegContext& ctx, const char* path);
 // was rewritten. The destination is replaced whole or not at all: its old
 // contents go to "<destination>.t" only while the new file is put in place.
 int copyExif(JpegContext& ctx, const char* source, const char* destination);
+
+} // namespace quillet

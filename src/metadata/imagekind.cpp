@@ -2,6 +2,8 @@
 
 #include <QHash>
 
+namespace quillet {
+
 namespace {
 
 QString lastComponent(const QString& path) {
@@ -41,3 +43,5 @@ QString kindFromPath(const QString& path) {
     const auto found = kinds.constFind(extension);
     return found != kinds.constEnd() ? *found : extension.toUpper();
 }
+
+} // namespace quillet

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace quillet {
+
 // The last path component split at its last dot. A leading dot (".profile")
 // starts the name, not an extension.
 QString fileExtension(const QString& path);
@@ -11,3 +13,5 @@ QString fileBaseName(const QString& path);
 // "GIF", "Photoshop", or else the extension itself in upper case (empty when
 // the name has none).
 QString kindFromPath(const QString& path);
+
+} // namespace quillet

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace quillet {
+
 // State of one JPEG/EXIF call: the section list, the EXIF record and the
 // parser's working values. Every entry point of the byte layer takes one of
 // these, so two threads each with their own context never share anything.
@@ -121,3 +123,5 @@ void ErrFatal(JpegContext& ctx, const char* msg);
 void ErrNonfatal(JpegContext& ctx, const char* format, int a, int b);
 void printOut(JpegContext& ctx, const char* format, ...) __attribute__((format(printf, 2, 3)));
 void printErr(JpegContext& ctx, const char* format, ...) __attribute__((format(printf, 2, 3)));
+
+} // namespace quillet

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <new>
 
+namespace quillet {
+
 namespace {
 
 std::atomic<FILE*> defaultOut{stdout};
@@ -352,3 +354,5 @@ int CheckFileSkip(JpegContext& ctx) {
         return 1;
     return 0;
 }
+
+} // namespace quillet

@@ -3,6 +3,8 @@
 #include "metadata/bytesource.h"
 #include "metadata/jpegcontext.h"
 
+namespace quillet {
+
 // A JPEG file as a list of at most 20 marker sections held in the context.
 // Reading functions return 1 on success, 0 on failure, and print their
 // errors; none of them ends the process.
@@ -25,3 +27,5 @@ int WriteJpegFile(JpegContext& ctx, const char* path);
 // The body of WriteJpegFile on an open stream; true when every byte went out.
 bool WriteJpegStream(JpegContext& ctx, FILE* out);
 int CheckFileSkip(JpegContext& ctx);
+
+} // namespace quillet

@@ -4,6 +4,8 @@
 
 #include <cmath>
 
+namespace quillet {
+
 namespace {
 
 const QString missing = QStringLiteral("-");
@@ -152,3 +154,5 @@ int KVImageInfo::compareFiledate(const KVImageInfo& other) const {
         result = -1;
     return result != 0 ? result : compareName(other);
 }
+
+} // namespace quillet

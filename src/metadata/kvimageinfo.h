@@ -8,6 +8,8 @@
 
 #include <optional>
 
+namespace quillet {
+
 // The metadata record of one picture: name, kind, pixel size, file size,
 // orientation, camera and exposure data, dates, caption, comment and a
 // thumbnail of at most 32 x 32 pixels. Immutable once built, apart from the
@@ -124,3 +126,5 @@ class KVImageInfo {
   private:
     Data m_data;
 };
+
+} // namespace quillet

@@ -14,6 +14,8 @@
 
 #include <cstdio>
 
+namespace quillet {
+
 namespace {
 
 const int ThumbnailBox = 32;
@@ -133,3 +135,5 @@ int KVImageInfo::orientationForPath(const QString& path) {
 int KVImageInfo::setOrientation(int orientation, const QString& path) {
     return _setOrientation(QFile::encodeName(path).constData(), uint8_t(orientation));
 }
+
+} // namespace quillet

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <vector>
 
+namespace quillet {
+
 namespace {
 
 // The open file and where its orientation entry lies.
@@ -114,3 +116,5 @@ int _setOrientation(const char* path, uint8_t value, const MetadataFileOps* ops)
         return 0;
     return found.file.close() ? old : 0;
 }
+
+} // namespace quillet

@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+namespace quillet {
+
 // Reads and rewrites the EXIF orientation (tag 0x0112) directly in a JPEG
 // file. Only a file whose first segment after SOI is an APP1 "Exif" block,
 // with the tag in IFD0, qualifies; anything else gives 0.
@@ -15,3 +17,5 @@ int _getOrientation(const char* path, const MetadataFileOps* ops = nullptr);
 // Writes the value as a SHORT into the tag's entry (10 bytes, nothing else)
 // and returns the previous value byte, or 0 when nothing was written.
 int _setOrientation(const char* path, uint8_t value, const MetadataFileOps* ops = nullptr);
+
+} // namespace quillet

@@ -6,6 +6,8 @@
 #include <functional>
 #include <memory>
 
+namespace quillet {
+
 namespace thumbnailmaker {
 
 namespace {
@@ -113,3 +115,5 @@ std::optional<vips::VImage> thumbnailForBuffer(const void* data, size_t size, in
 }
 
 } // namespace thumbnailmaker
+
+} // namespace quillet

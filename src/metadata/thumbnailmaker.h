@@ -6,6 +6,8 @@
 
 #include <optional>
 
+namespace quillet {
+
 // Thumbnails of at most a box's size, aspect kept, as 4-band sRGB uchar.
 namespace thumbnailmaker {
 
@@ -23,3 +25,5 @@ std::optional<vips::VImage> thumbnailForPath(const QString& path, int boxWidth, 
 std::optional<vips::VImage> thumbnailForBuffer(const void* data, size_t size, int boxWidth, int boxHeight);
 
 } // namespace thumbnailmaker
+
+} // namespace quillet

@@ -2,6 +2,8 @@
 
 #include <QTimeZone>
 
+namespace quillet {
+
 namespace {
 
 const char* const weekdayNames[] = {"Monday", "Tuesday",  "Wednesday", "Thursday",
@@ -109,3 +111,5 @@ QString CalendarFormat::format(const QString& pattern, const QDateTime& date) {
     }
     return out;
 }
+
+} // namespace quillet

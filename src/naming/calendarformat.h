@@ -3,6 +3,8 @@
 #include <QDateTime>
 #include <QString>
 
+namespace quillet {
+
 // Renders a date with the calendar '%' directives of the date-format list,
 // without locale (English names) and in the date's own time, not converted
 // to any other zone:
@@ -24,3 +26,5 @@ namespace CalendarFormat {
 QString format(const QString& pattern, const QDateTime& date);
 
 } // namespace CalendarFormat
+
+} // namespace quillet

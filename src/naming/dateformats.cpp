@@ -5,10 +5,13 @@
 #include <QJsonDocument>
 
 // The resource lives in a static library, so its registration must be pulled
-// in by name or the linker drops it.
+// in by name or the linker drops it. Q_INIT_RESOURCE only works outside a
+// namespace.
 static void initDateFormatsResource() {
     Q_INIT_RESOURCE(dateformats);
 }
+
+namespace quillet {
 
 namespace {
 
@@ -33,3 +36,5 @@ QStringList DateFormats::list() {
     static const QStringList formats = load();
     return formats;
 }
+
+} // namespace quillet

@@ -2,6 +2,8 @@
 
 #include <QStringList>
 
+namespace quillet {
+
 // The "DateFormats" resource: the calendar formats offered for date naming,
 // in the order of their tags.
 namespace DateFormats {
@@ -11,3 +13,5 @@ namespace DateFormats {
 QStringList list();
 
 } // namespace DateFormats
+
+} // namespace quillet

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace quillet {
+
 namespace {
 
 struct Directive {
@@ -143,3 +145,5 @@ QString IntegerFormat::format(const QString& pattern, int value) {
     }
     return out;
 }
+
+} // namespace quillet

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace quillet {
+
 // A printf-style formatter for one int argument that only understands the
 // integer directives, so a format typed by the user can never read memory it
 // was not given. It knows "%%" and
@@ -19,3 +21,5 @@ inline constexpr int MaxField = 255;
 QString format(const QString& pattern, int value);
 
 } // namespace IntegerFormat
+
+} // namespace quillet

@@ -8,6 +8,8 @@
 
 #include <QSettings>
 
+namespace quillet {
+
 namespace {
 
 const char* const conflictSeparators[] = {"-", "_", " "};
@@ -171,3 +173,5 @@ void Renamer::acceptChanges(bool accept) {
     const auto settings = SettingsStore::open();
     acceptChanges(accept, *settings);
 }
+
+} // namespace quillet

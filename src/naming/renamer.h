@@ -7,8 +7,11 @@
 #include <atomic>
 #include <optional>
 
-class KVImageInfo;
 class QSettings;
+
+namespace quillet {
+
+class KVImageInfo;
 
 // The renaming scheme: how the base name of each output file is made from the
 // input name, the file's position in its folder and, for date naming, the
@@ -101,3 +104,5 @@ class Renamer {
     int m_dateFallbackTag = 0;
     QStringList m_dateFormats;
 };
+
+} // namespace quillet

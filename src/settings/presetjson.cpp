@@ -10,6 +10,8 @@
 #include <cmath>
 #include <limits>
 
+namespace quillet {
+
 namespace {
 
 enum class Kind { Int, Bool, String, Colour, IntList };
@@ -247,3 +249,5 @@ void PresetJson::writeFile(const QString& path, const ProcessingParams& preset) 
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
         refuse(QStringLiteral("cannot write '%1': %2").arg(path, file.errorString()));
 }
+
+} // namespace quillet

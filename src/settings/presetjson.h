@@ -9,6 +9,8 @@ class QIODevice;
 
 #include <stdexcept>
 
+namespace quillet {
+
 // A preset file that cannot be read or written; the message says why.
 class PresetFileError : public std::runtime_error {
   public:
@@ -38,3 +40,5 @@ ProcessingParams readFile(const QString& path);
 void writeFile(const QString& path, const ProcessingParams& preset);
 
 } // namespace PresetJson
+
+} // namespace quillet

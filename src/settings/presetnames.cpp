@@ -1,5 +1,7 @@
 #include "settings/presetnames.h"
 
+namespace quillet {
+
 bool PresetNames::isAcceptable(const QString& name, const QStringList& existing) {
     return !name.isEmpty() && name != QLatin1String(NoneTitle) && !existing.contains(name);
 }
@@ -32,3 +34,5 @@ QStringList PresetNames::menuTitles(const QStringList& names) {
         titles.append(name.isEmpty() ? QStringLiteral("Untitled %1").arg(untitled++) : name);
     return titles;
 }
+
+} // namespace quillet

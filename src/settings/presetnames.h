@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace quillet {
+
 // The naming rules of the preset store, kept apart from any widget so the
 // command-line tool and the desktop application share them.
 namespace PresetNames {
@@ -27,3 +29,5 @@ QString duplicateName(const QString& name, const QStringList& existing);
 QStringList menuTitles(const QStringList& names);
 
 } // namespace PresetNames
+
+} // namespace quillet

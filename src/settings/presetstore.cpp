@@ -7,6 +7,8 @@
 
 #include <climits>
 
+namespace quillet {
+
 namespace {
 
 QString nameOf(const ProcessingParams& preset) {
@@ -201,3 +203,5 @@ int PresetStore::importPreset(ProcessingParams preset) {
     m_presets.append(preset);
     return count() - 1;
 }
+
+} // namespace quillet

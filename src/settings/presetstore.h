@@ -9,6 +9,8 @@
 
 class QSettings;
 
+namespace quillet {
+
 // The user's named presets: ProcessingParams records plus "Name" (unique) and
 // "Id" (unique, 1 or more), kept in menu order under "Presets" in the
 // settings store. This is the store's logic only; menus and the manager panel
@@ -73,3 +75,5 @@ class PresetStore {
     QList<ProcessingParams> m_presets;
     int m_nextId = 1;
 };
+
+} // namespace quillet

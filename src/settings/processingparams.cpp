@@ -2,6 +2,8 @@
 
 #include <QVariantList>
 
+namespace quillet {
+
 QString FileFormat::extension(int format) {
     switch (format) {
     case Jpeg:
@@ -128,3 +130,5 @@ std::optional<RgbaColor> ProcessingParams::canvasBackground() const {
         return std::nullopt;
     return backgroundColor();
 }
+
+} // namespace quillet

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QVariantMap>
 
+namespace quillet {
+
 // Record keys. "HasFizeLimit" is spelled so on purpose: stored presets use it.
 namespace ParamKey {
 inline constexpr char Name[] = "Name";
@@ -87,7 +89,7 @@ enum : int {
 // stored as a preset as it is. Reading follows the engine's rules: a missing or
 // mistyped key reads as 0, false, empty or no colour.
 class ProcessingParams {
-public:
+  public:
     ProcessingParams() = default;
     explicit ProcessingParams(QVariantMap values) : m_values(std::move(values)) {}
 
@@ -128,6 +130,8 @@ public:
 
     friend bool operator==(const ProcessingParams&, const ProcessingParams&) = default;
 
-private:
+  private:
     QVariantMap m_values;
 };
+
+} // namespace quillet

@@ -5,19 +5,28 @@
 #include <algorithm>
 #include <cmath>
 
+namespace quillet {
+
 namespace {
 
-QString number(double v) { return QString::number(v, 'g', 17); }
+QString number(double v) {
+    return QString::number(v, 'g', 17);
+}
 
-int to8(double v) { return static_cast<int>(std::lround(std::clamp(v, 0.0, 1.0) * 255.0)); }
+int to8(double v) {
+    return static_cast<int>(std::lround(std::clamp(v, 0.0, 1.0) * 255.0));
+}
 
 } // namespace
 
 QString RgbaColor::toString() const {
-    return QStringLiteral("rgba(%1, %2, %3, %4)").arg(number(red), number(green), number(blue), number(alpha));
+    return QStringLiteral("rgba(%1, %2, %3, %4)")
+        .arg(number(red), number(green), number(blue), number(alpha));
 }
 
-QVariant RgbaColor::toVariant() const { return toString(); }
+QVariant RgbaColor::toVariant() const {
+    return toString();
+}
 
 std::optional<RgbaColor> RgbaColor::fromVariant(const QVariant& value) {
     const QString text = value.toString().trimmed();
@@ -36,7 +45,17 @@ std::optional<RgbaColor> RgbaColor::fromVariant(const QVariant& value) {
     return RgbaColor{c[0], c[1], c[2], c[3]};
 }
 
-int RgbaColor::red8() const { return to8(red); }
-int RgbaColor::green8() const { return to8(green); }
-int RgbaColor::blue8() const { return to8(blue); }
-int RgbaColor::alpha8() const { return to8(alpha); }
+int RgbaColor::red8() const {
+    return to8(red);
+}
+int RgbaColor::green8() const {
+    return to8(green);
+}
+int RgbaColor::blue8() const {
+    return to8(blue);
+}
+int RgbaColor::alpha8() const {
+    return to8(alpha);
+}
+
+} // namespace quillet

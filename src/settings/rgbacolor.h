@@ -5,6 +5,8 @@
 
 #include <optional>
 
+namespace quillet {
+
 // An RGBA colour with components in 0..1, as the colour wells hand them over.
 struct RgbaColor {
     double red = 0;
@@ -31,3 +33,5 @@ struct RgbaColor {
 
     friend bool operator==(const RgbaColor&, const RgbaColor&) = default;
 };
+
+} // namespace quillet

@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+namespace quillet {
+
 using vips::VImage;
 
 namespace CustomIcon {
@@ -140,3 +142,5 @@ bool removeFromFile(const QString& path) {
 }
 
 } // namespace CustomIcon
+
+} // namespace quillet

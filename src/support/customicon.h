@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace quillet {
+
 // A file's custom icon, made from its own picture. On Linux desktops this is
 // the freedesktop thumbnail cache: 128 and 256 pixel PNGs under
 // $XDG_CACHE_HOME/thumbnails/{normal,large}, named by the MD5 of the file URI
@@ -16,3 +18,5 @@ bool removeFromFile(const QString& path);
 QString thumbnailPath(const QString& path, int size);
 
 } // namespace CustomIcon
+
+} // namespace quillet

@@ -9,6 +9,8 @@
 #include <sys/stat.h>
 #include <sys/xattr.h>
 
+namespace quillet {
+
 namespace FileAttributes {
 
 SystemCalls& systemCalls() {
@@ -138,3 +140,5 @@ QDateTime creationDate(const QString& path) {
 }
 
 } // namespace FileAttributes
+
+} // namespace quillet

@@ -9,6 +9,8 @@
 #include <functional>
 #include <sys/types.h>
 
+namespace quillet {
+
 // File attributes a Mac file system keeps natively, mapped onto Linux.
 //
 // Type and creator codes, the hidden-extension flag and the creation date are
@@ -60,3 +62,5 @@ bool extensionHidden(const QString& path);
 QDateTime creationDate(const QString& path);
 
 } // namespace FileAttributes
+
+} // namespace quillet

@@ -2,6 +2,8 @@
 
 #include <QMutex>
 
+namespace quillet {
+
 namespace {
 
 QMutex overrideMutex;
@@ -26,3 +28,5 @@ std::unique_ptr<QSettings> SettingsStore::open() {
         return std::make_unique<QSettings>(path, QSettings::IniFormat);
     return std::make_unique<QSettings>(QStringLiteral("Korvane"), QStringLiteral("Quillet"));
 }
+
+} // namespace quillet

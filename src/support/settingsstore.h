@@ -4,6 +4,8 @@
 
 #include <memory>
 
+namespace quillet {
+
 // The one settings store shared by the command-line tool and the desktop
 // application: QSettings for organisation "Korvane", application "Quillet".
 // When the environment variable QUILLET_SETTINGS names a file, that INI file
@@ -19,3 +21,5 @@ std::unique_ptr<QSettings> open();
 void overridePath(const QString& iniPath);
 
 } // namespace SettingsStore
+
+} // namespace quillet

@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace quillet {
+
 mode_t defaultCreateMode() {
     static const mode_t mode = [] {
         const mode_t mask = ::umask(0);
@@ -69,3 +71,5 @@ std::string UnnamedFile::nameBeside(const std::string& target) {
     }
     return {};
 }
+
+} // namespace quillet

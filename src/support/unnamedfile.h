@@ -4,6 +4,8 @@
 
 #include <sys/types.h>
 
+namespace quillet {
+
 // The permissions a plain create gives a new file under the process's umask.
 mode_t defaultCreateMode();
 
@@ -12,7 +14,7 @@ mode_t defaultCreateMode();
 // never leaves a half-written file behind. Not every file system offers it;
 // isOpen() then answers false and the caller falls back to a named file.
 class UnnamedFile {
-public:
+  public:
     explicit UnnamedFile(const std::string& folder);
     ~UnnamedFile();
     UnnamedFile(const UnnamedFile&) = delete;
@@ -27,6 +29,8 @@ public:
     // give, and returns it; empty on failure.
     std::string nameBeside(const std::string& target);
 
-private:
+  private:
     int m_fd = -1;
 };
+
+} // namespace quillet

@@ -4,12 +4,14 @@
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QProcess>
-#include <QThread>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
 #include <csignal>
+
+using namespace quillet;
 
 namespace {
 
@@ -37,23 +39,26 @@ void picture(const QString& path, int width, int height) {
 }
 
 class ProcessCommandTest : public ::testing::Test {
-protected:
+  protected:
     QString path(const QString& relative) const { return dir->path() + QLatin1Char('/') + relative; }
     std::unique_ptr<QTemporaryDir> dir = testsupport::scratchDir(QStringLiteral("cli"));
 };
 
 TEST_F(ProcessCommandTest, ShippedSamplesConvertAsTheReadmeSays) {
-    const Outcome run = runQuillet({QStringLiteral("--fit"), QStringLiteral("320x320"), QStringLiteral("--quality"),
-                                    QStringLiteral("85"), QStringLiteral("--dest"), path(QStringLiteral("demo")),
-                                    testsupport::projectSamplesDir()});
+    const Outcome run =
+        runQuillet({QStringLiteral("--fit"), QStringLiteral("320x320"), QStringLiteral("--quality"),
+                    QStringLiteral("85"), QStringLiteral("--dest"), path(QStringLiteral("demo")),
+                    testsupport::projectSamplesDir()});
     ASSERT_EQ(run.status, 0) << qPrintable(run.err);
     EXPECT_TRUE(run.out.contains(QLatin1String("Processing Completed (")));
     EXPECT_TRUE(run.out.contains(QLatin1String("\tJPEG quality: 85\n")));
     int pictures = 0;
-    QDirIterator it(path(QStringLiteral("demo")), {QStringLiteral("*.jpg")}, QDir::Files, QDirIterator::Subdirectories);
+    QDirIterator it(path(QStringLiteral("demo")), {QStringLiteral("*.jpg")}, QDir::Files,
+                    QDirIterator::Subdirectories);
     while (it.hasNext()) {
         const vips::VImage image = vips::VImage::new_from_file(QFile::encodeName(it.next()).constData());
-        EXPECT_TRUE((image.width() == 320 && image.height() <= 320) || (image.height() == 320 && image.width() <= 320));
+        EXPECT_TRUE((image.width() == 320 && image.height() <= 320) ||
+                    (image.height() == 320 && image.width() <= 320));
         ++pictures;
     }
     EXPECT_GE(pictures, 1);
@@ -64,9 +69,11 @@ TEST_F(ProcessCommandTest, BadUsageExitsWithTwoAndSaysWhy) {
     const QString in = path(QStringLiteral("in"));
     const std::vector<std::pair<QStringList, QString>> cases = {
         {{in}, QStringLiteral("--dest")},
-        {{in, QStringLiteral("--dest"), path(QStringLiteral("o")), QStringLiteral("--bogus")}, QStringLiteral("--bogus")},
+        {{in, QStringLiteral("--dest"), path(QStringLiteral("o")), QStringLiteral("--bogus")},
+         QStringLiteral("--bogus")},
         // No terminal to ask on.
-        {{in, QStringLiteral("--dest"), path(QStringLiteral("o")), QStringLiteral("--on-conflict"), QStringLiteral("ask")},
+        {{in, QStringLiteral("--dest"), path(QStringLiteral("o")), QStringLiteral("--on-conflict"),
+          QStringLiteral("ask")},
          QStringLiteral("terminal")},
     };
     for (const auto& [args, message] : cases) {
@@ -79,7 +86,8 @@ TEST_F(ProcessCommandTest, BadUsageExitsWithTwoAndSaysWhy) {
 
 TEST_F(ProcessCommandTest, ExistingOutputsAreSkippedWithoutATerminalAndReplacedOnRequest) {
     picture(path(QStringLiteral("in/a.png")), 40, 20);
-    const QStringList base = {path(QStringLiteral("in")), QStringLiteral("--dest"), path(QStringLiteral("o"))};
+    const QStringList base = {path(QStringLiteral("in")), QStringLiteral("--dest"),
+                              path(QStringLiteral("o"))};
     ASSERT_EQ(runQuillet(base).status, 0);
     const QString output = path(QStringLiteral("o/in/a.jpg"));
     testsupport::writeFile(output, "old");
@@ -88,7 +96,8 @@ TEST_F(ProcessCommandTest, ExistingOutputsAreSkippedWithoutATerminalAndReplacedO
     EXPECT_TRUE(skipped.out.contains(QLatin1String("\tSkipping duplicate\n")));
     EXPECT_FALSE(skipped.out.contains(QLatin1String("JPEG quality")));
     EXPECT_EQ(testsupport::readFile(output), QByteArray("old"));
-    const Outcome replaced = runQuillet(base + QStringList{QStringLiteral("--on-conflict"), QStringLiteral("replace")});
+    const Outcome replaced =
+        runQuillet(base + QStringList{QStringLiteral("--on-conflict"), QStringLiteral("replace")});
     EXPECT_EQ(replaced.status, 0);
     EXPECT_NE(testsupport::readFile(output), QByteArray("old"));
 }
@@ -96,23 +105,27 @@ TEST_F(ProcessCommandTest, ExistingOutputsAreSkippedWithoutATerminalAndReplacedO
 TEST_F(ProcessCommandTest, FailingWorkerMakesTheExitStatusOneAndShowsItsError) {
     picture(path(QStringLiteral("in/a.png")), 10, 10);
     testsupport::writeFile(path(QStringLiteral("blocked")), "a file where a folder should go");
-    const Outcome run = runQuillet({path(QStringLiteral("in")), QStringLiteral("--dest"), path(QStringLiteral("blocked"))});
+    const Outcome run =
+        runQuillet({path(QStringLiteral("in")), QStringLiteral("--dest"), path(QStringLiteral("blocked"))});
     EXPECT_EQ(run.status, 1);
     EXPECT_TRUE(run.out.contains(QLatin1String("Cancelled (processed 0 of 1)"))) << qPrintable(run.out);
-    EXPECT_TRUE(run.err.contains(QLatin1String("Error Creating Folder: Unable to create folder"))) << qPrintable(run.err);
+    EXPECT_TRUE(run.err.contains(QLatin1String("Error Creating Folder: Unable to create folder")))
+        << qPrintable(run.err);
 }
 
 TEST_F(ProcessCommandTest, LogFileHoldsTheActivityLogAndSerialMatchesParallel) {
     for (int i = 0; i < 6; ++i)
         picture(path(QStringLiteral("in/sub/p%1.png").arg(i)), 100 + i, 60);
     testsupport::writeFile(path(QStringLiteral("in/readme.txt")), "hi");
-    const Outcome parallel = runQuillet({path(QStringLiteral("in")), QStringLiteral("--dest"), path(QStringLiteral("o")),
-                                         QStringLiteral("--log"), path(QStringLiteral("p.log")), QStringLiteral("--percent"),
-                                         QStringLiteral("50"), QStringLiteral("--rename"), QStringLiteral("sequence")});
-    const Outcome serial = runQuillet({path(QStringLiteral("in")), QStringLiteral("--dest"), path(QStringLiteral("o2")),
-                                       QStringLiteral("--log"), path(QStringLiteral("s.log")), QStringLiteral("--percent"),
-                                       QStringLiteral("50"), QStringLiteral("--rename"), QStringLiteral("sequence"),
-                                       QStringLiteral("--serial")});
+    const Outcome parallel =
+        runQuillet({path(QStringLiteral("in")), QStringLiteral("--dest"), path(QStringLiteral("o")),
+                    QStringLiteral("--log"), path(QStringLiteral("p.log")), QStringLiteral("--percent"),
+                    QStringLiteral("50"), QStringLiteral("--rename"), QStringLiteral("sequence")});
+    const Outcome serial =
+        runQuillet({path(QStringLiteral("in")), QStringLiteral("--dest"), path(QStringLiteral("o2")),
+                    QStringLiteral("--log"), path(QStringLiteral("s.log")), QStringLiteral("--percent"),
+                    QStringLiteral("50"), QStringLiteral("--rename"), QStringLiteral("sequence"),
+                    QStringLiteral("--serial")});
     ASSERT_EQ(parallel.status, 0);
     ASSERT_EQ(serial.status, 0);
     const QString log = QString::fromUtf8(testsupport::readFile(path(QStringLiteral("p.log"))));
@@ -155,7 +168,8 @@ TEST_F(ProcessCommandTest, InterruptCancelsBetweenFilesAndStillReports) {
     // Every file the report counts as handled was written whole; none beyond.
     const int written = int(QDir(path(QStringLiteral("o/in"))).entryList(QDir::Files).size());
     EXPECT_LT(written, 40);
-    EXPECT_TRUE(out.contains(QStringLiteral("Cancelled (processed %1 of 40)").arg(written))) << qPrintable(out);
+    EXPECT_TRUE(out.contains(QStringLiteral("Cancelled (processed %1 of 40)").arg(written)))
+        << qPrintable(out);
 }
 
 } // namespace
@@ -165,8 +179,8 @@ namespace {
 // A file the batch wrote in full: it decodes to the last row.
 bool wholePicture(const QString& path) {
     try {
-        vips::VImage image = vips::VImage::new_from_file(
-            QFile::encodeName(path).constData(), vips::VImage::option()->set("fail", true));
+        vips::VImage image = vips::VImage::new_from_file(QFile::encodeName(path).constData(),
+                                                         vips::VImage::option()->set("fail", true));
         image.avg();
         return true;
     } catch (const vips::VError&) {
@@ -191,8 +205,9 @@ TEST_F(ProcessCommandTest, KilledBatchLeavesOnlyWholeOutputs) {
         QProcess process;
         process.setProgram(testsupport::cliPath());
         process.setArguments({QStringLiteral("process"), QStringLiteral("--rotate"), QStringLiteral("auto"),
-                              QStringLiteral("--percent"), QStringLiteral("400"), QStringLiteral("--keep-exif"),
-                              QStringLiteral("--dest"), path(QStringLiteral("out")), path(QStringLiteral("in"))});
+                              QStringLiteral("--percent"), QStringLiteral("400"),
+                              QStringLiteral("--keep-exif"), QStringLiteral("--dest"),
+                              path(QStringLiteral("out")), path(QStringLiteral("in"))});
         process.setStandardInputFile(QProcess::nullDevice());
         process.start();
         ASSERT_TRUE(process.waitForStarted());
@@ -205,8 +220,10 @@ TEST_F(ProcessCommandTest, KilledBatchLeavesOnlyWholeOutputs) {
         while (it.hasNext()) {
             const QString file = it.next();
             EXPECT_FALSE(it.fileName().startsWith(QLatin1Char('.'))) << "left behind: " << file.toStdString();
-            EXPECT_FALSE(it.fileName().endsWith(QLatin1String(".t"))) << "left behind: " << file.toStdString();
-            EXPECT_TRUE(wholePicture(file)) << "partial output after " << afterMs << " ms: " << file.toStdString();
+            EXPECT_FALSE(it.fileName().endsWith(QLatin1String(".t")))
+                << "left behind: " << file.toStdString();
+            EXPECT_TRUE(wholePicture(file))
+                << "partial output after " << afterMs << " ms: " << file.toStdString();
         }
     }
 }

@@ -6,12 +6,16 @@
 
 #include <gtest/gtest.h>
 
+using namespace quillet;
+
 namespace {
 
-QStringList split(const char* line) { return QString::fromUtf8(line).split(QLatin1Char(' '), Qt::SkipEmptyParts); }
+QStringList split(const char* line) {
+    return QString::fromUtf8(line).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
 
 class ProcessOptionsTest : public ::testing::Test {
-protected:
+  protected:
     ProcessParse parse(const char* line) { return parseProcessArguments(split(line), settings); }
     ProcessParse parse(const QStringList& args) { return parseProcessArguments(args, settings); }
 
@@ -28,7 +32,8 @@ struct OptionCase {
 class OptionTableTest : public ProcessOptionsTest, public ::testing::WithParamInterface<OptionCase> {};
 
 TEST_P(OptionTableTest, FriendlyOptionsSetTheRecordKeys) {
-    const auto parsed = parse((QStringLiteral("in --dest out ") + QLatin1String(GetParam().args)).toUtf8().constData());
+    const auto parsed =
+        parse((QStringLiteral("in --dest out ") + QLatin1String(GetParam().args)).toUtf8().constData());
     ASSERT_TRUE(parsed.request) << qPrintable(parsed.error);
     for (const auto& [key, value] : GetParam().expected)
         EXPECT_EQ(parsed.request->params.values().value(QLatin1String(key)), value) << key;
@@ -38,28 +43,29 @@ INSTANTIATE_TEST_SUITE_P(
     Options, OptionTableTest,
     ::testing::Values(
         OptionCase{"--fit 320x240", {{"ScaleType", 4}, {"Width", 320}, {"Height", 240}}},
-        OptionCase{"--crop 100x50", {{"ScaleType", 5}, {"Width", 100}, {"Height", 50}, {"CropAreaPercentage", 100}}},
+        OptionCase{"--crop 100x50",
+                   {{"ScaleType", 5}, {"Width", 100}, {"Height", 50}, {"CropAreaPercentage", 100}}},
         OptionCase{"--crop 100X50@80", {{"ScaleType", 5}, {"CropAreaPercentage", 80}}},
-        OptionCase{"--fill 10x20", {{"ScaleType", 8}}},
-        OptionCase{"--stretch 10x20", {{"ScaleType", 6}}},
+        OptionCase{"--fill 10x20", {{"ScaleType", 8}}}, OptionCase{"--stretch 10x20", {{"ScaleType", 6}}},
         OptionCase{"--width 640", {{"ScaleType", 2}, {"Width", 640}}},
         OptionCase{"--height 480", {{"ScaleType", 3}, {"Height", 480}}},
         OptionCase{"--percent 25", {{"ScaleType", 7}, {"ScalePercent", 25}}},
         // The later sizing option wins.
         OptionCase{"--fit 9x9 --percent 50", {{"ScaleType", 7}, {"Width", 9}}},
-        OptionCase{"--rotate auto", {{"Rotation", 4}}},
-        OptionCase{"--rotate ccw", {{"Rotation", 2}}},
+        OptionCase{"--rotate auto", {{"Rotation", 4}}}, OptionCase{"--rotate ccw", {{"Rotation", 2}}},
         OptionCase{"--format png --dpi 300", {{"FileFormat", 102}, {"Resolution", 300}}},
-        OptionCase{"--format tiff", {{"FileFormat", 103}}},
-        OptionCase{"--quality 0", {{"JpegQuality", 0}}},
+        OptionCase{"--format tiff", {{"FileFormat", 103}}}, OptionCase{"--quality 0", {{"JpegQuality", 0}}},
         OptionCase{"--max-size 200", {{"HasFizeLimit", true}, {"SizeLimit", 200}}},
         OptionCase{"--no-keep-exif", {{"PreserveHeader", false}}},
         OptionCase{"--keep-transparency", {{"PreserveTransparency", true}}},
         OptionCase{"--background #ff0000", {{"BackgroundColor", RgbaColor{1, 0, 0, 1}.toVariant()}}},
         OptionCase{"--watermark /w.png --watermark-opacity 40",
-                   {{"WatermarkEnabled", true}, {"ImageWatermarkEnabled", true}, {"WatermarkPath", QStringLiteral("/w.png")},
+                   {{"WatermarkEnabled", true},
+                    {"ImageWatermarkEnabled", true},
+                    {"WatermarkPath", QStringLiteral("/w.png")},
                     {"WatermarkOpacity", 40}}},
-        OptionCase{"--text filename,date,4", {{"DynWatermarkEnabled", true}, {"DynWatermarkFields", QVariantList{0, 4, 4}}}},
+        OptionCase{"--text filename,date,4",
+                   {{"DynWatermarkEnabled", true}, {"DynWatermarkFields", QVariantList{0, 4, 4}}}},
         OptionCase{"--set JpegQuality=55 --set ScaleDownOnly=yes --set Name=x=y",
                    {{"JpegQuality", 55}, {"ScaleDownOnly", true}, {"Name", QStringLiteral("x=y")}}},
         OptionCase{"--set DynWatermarkFields=1,2", {{"DynWatermarkFields", QVariantList{1, 2}}}}));
@@ -85,7 +91,8 @@ TEST_F(ProcessOptionsTest, BadUsageIsRefusedWithAMessage) {
     for (const auto& [line, message] : cases) {
         const auto parsed = parse(line);
         EXPECT_FALSE(parsed.request) << line;
-        EXPECT_TRUE(parsed.error.contains(QLatin1String(message))) << line << " -> " << qPrintable(parsed.error);
+        EXPECT_TRUE(parsed.error.contains(QLatin1String(message)))
+            << line << " -> " << qPrintable(parsed.error);
     }
 }
 
@@ -93,8 +100,9 @@ TEST_F(ProcessOptionsTest, NamingFileOptionsAndRunningOptionsReachTheRequest) {
     settings.setValue(QStringLiteral("CopyNonImageFiles"), true);
     settings.setValue(QStringLiteral("SelectedRename"), 2);
     settings.setValue(QStringLiteral("RenamePrefix"), QStringLiteral("stored-"));
-    const auto parsed = parse("a b --dest o --suffix -s --hide-extension --creator 8BIM --on-conflict replace "
-                              "--jobs 1 --log l.txt -- --odd");
+    const auto parsed =
+        parse("a b --dest o --suffix -s --hide-extension --creator 8BIM --on-conflict replace "
+              "--jobs 1 --log l.txt -- --odd");
     ASSERT_TRUE(parsed.request) << qPrintable(parsed.error);
     const ProcessRequest& r = *parsed.request;
     EXPECT_EQ(r.paths, (QStringList{QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("--odd")}));
@@ -118,7 +126,8 @@ TEST_F(ProcessOptionsTest, NamingFileOptionsAndRunningOptionsReachTheRequest) {
 TEST(ProcessValuesTest, ColoursAndCodes) {
     EXPECT_EQ(ProcessValues::parseColor(QStringLiteral("#00ff0080")), (RgbaColor{0, 1, 0, 128 / 255.0}));
     EXPECT_EQ(ProcessValues::parseColor(QStringLiteral("#fff")), RgbaColor::white());
-    EXPECT_EQ(ProcessValues::parseColor(RgbaColor{0.25, 0.5, 0.75, 1}.toString()), (RgbaColor{0.25, 0.5, 0.75, 1}));
+    EXPECT_EQ(ProcessValues::parseColor(RgbaColor{0.25, 0.5, 0.75, 1}.toString()),
+              (RgbaColor{0.25, 0.5, 0.75, 1}));
     EXPECT_FALSE(ProcessValues::parseColor(QStringLiteral("#12345")));
     EXPECT_FALSE(ProcessValues::parseFourCharCode(QStringLiteral("ABCDE")));
     EXPECT_FALSE(ProcessValues::parseFourCharCode(QStringLiteral("AB\u00e9D")));

@@ -12,6 +12,8 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+using namespace quillet;
+
 using namespace testsupport;
 using namespace jpegfixtures;
 using Outcome = FileRotation::Outcome;

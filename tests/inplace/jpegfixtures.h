@@ -8,6 +8,8 @@
 #include <QDataStream>
 #include <QProcess>
 
+namespace quillet {
+
 namespace jpegfixtures {
 
 using namespace Qt::StringLiterals;
@@ -65,3 +67,5 @@ inline vips::VImage plainRotation(const QString& path, int degrees) {
 }
 
 } // namespace jpegfixtures
+
+} // namespace quillet

@@ -16,6 +16,8 @@
 #include <string>
 #include <vector>
 
+namespace quillet {
+
 namespace exifblocks {
 
 using Bytes = std::vector<uint8_t>;
@@ -157,3 +159,5 @@ inline QJsonObject exiftool(const QString& path, const QStringList& tags = {}) {
 #define QUILLET_EXIFTOOL_OR_SKIP()                                                                           \
     if (QStandardPaths::findExecutable(QStringLiteral("exiftool")).isEmpty())                                \
     GTEST_SKIP() << "exiftool is not installed"
+
+} // namespace quillet

@@ -6,6 +6,8 @@
 
 #include <cmath>
 
+using namespace quillet;
+
 using namespace exifblocks;
 
 namespace {

@@ -13,6 +13,8 @@
 
 #include <cmath>
 
+using namespace quillet;
+
 TEST(ExiftoolOracle, EverySampleAgrees) {
     QUILLET_EXIFTOOL_OR_SKIP();
     if (testsupport::samplesDir().isEmpty())

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace quillet;
+
 TEST(InfoCommand, JsonLineForAGoodFileAndAnErrorLineForEachOther) {
     QTemporaryDir dir;
     const QString good = dir.filePath(QStringLiteral("good.png"));

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace quillet;
+
 using namespace exifblocks;
 
 namespace {

@@ -7,6 +7,8 @@
 
 #include <thread>
 
+using namespace quillet;
+
 using namespace exifblocks;
 
 // Each file's own values come back, bad capture dates included (kept as text, no date).

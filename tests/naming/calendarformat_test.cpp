@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace quillet;
+
 namespace {
 
 QString fmt(const char* pattern, const QDateTime& when) {

@@ -6,6 +6,8 @@
 #include <random>
 #include <tuple>
 
+using namespace quillet;
+
 namespace {
 
 QString fmt(const char* pattern, int value) {

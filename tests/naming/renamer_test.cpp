@@ -11,6 +11,8 @@
 #include <tuple>
 #include <vector>
 
+using namespace quillet;
+
 namespace {
 
 Renamer sequence(const char* prefix, const char* suffix, int digits, int start) {

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace quillet;
+
 namespace {
 
 namespace K = ParamKey;

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace quillet;
+
 namespace {
 
 namespace K = ParamKey;

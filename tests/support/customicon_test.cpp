@@ -11,6 +11,8 @@
 #include <map>
 #include <string>
 
+using namespace quillet;
+
 using vips::VImage;
 
 namespace {

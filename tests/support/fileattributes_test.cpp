@@ -11,6 +11,8 @@
 
 #include <cerrno>
 
+using namespace quillet;
+
 using namespace FileAttributes;
 
 namespace {

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "engine/batch/batchfilesystem.h"
+#include "engine/batch/batchoptions.h"
+#include "engine/batch/batchshell.h"
+#include "engine/pipeline/renderfile.h"
+#include "naming/renamer.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <functional>
+
+namespace quillet {
+
+// What every worker of one batch shares: the shell it reports to, the naming
+// scheme, the disk, the preferences and the pixel-stage settings. Owned by the
+// job for the length of the batch.
+struct BatchContext {
+    BatchShell& shell;
+    Renamer& renamer;
+    BatchFileSystem& fileSystem;
+    BatchOptions options;
+    std::uint32_t creator = 0;
+    RenderSettings render;
+    // Told of every file the batch writes, so work done ahead on an input that
+    // has just been replaced can be redone.
+    std::function<void(const QString&)> fileWritten;
+};
+
+} // namespace quillet

@@ -1,0 +1,267 @@
+#include "engine/batch/imageprocessor.h"
+
+#include "engine/batch/batchrenderqueue.h"
+#include "engine/pipeline/pipelinesteps.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+
+#include <set>
+
+namespace quillet {
+
+struct ImageProcessor::Batch {
+    std::vector<ImageProcessorHelper> helpers;
+    ProcessingParams params;
+    std::uint32_t creator = 0;
+    BatchOptions options;
+    std::shared_ptr<BatchGate> gate;
+};
+
+namespace {
+
+QString absolutePath(const QString& path) {
+    return QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+}
+
+void collectHelpers(const QStringList& files, const QStringList& directories, const QString& outputDir,
+                    std::set<QString>& visited, std::vector<ImageProcessorHelper>& helpers,
+                    ActivityLog& log) {
+    helpers.emplace_back(files, outputDir);
+    for (const QString& directory : directories) {
+        const QString real = QFileInfo(directory).canonicalFilePath();
+        if (!visited.insert(real).second) {
+            log.writeWarningActivity(
+                QStringLiteral("Skipping folder '%1': already visited (link loop)\n").arg(directory));
+            continue;
+        }
+        const QStringList contents = ImageProcessor::directoryContentsAtPath(directory);
+        collectHelpers(ImageProcessor::filesFromPaths(contents),
+                       ImageProcessor::directoriesFromPaths(contents),
+                       QDir(outputDir).filePath(QFileInfo(directory).fileName()), visited, helpers, log);
+    }
+}
+
+int renderThreadCount(const BatchOptions& options) {
+    if (!options.parallel)
+        return 0;
+    if (options.renderThreads > 0)
+        return options.renderThreads;
+    return std::max(1, int(std::thread::hardware_concurrency()));
+}
+
+RenderSettings renderSettings(const ProcessingParams& params, const BatchOptions& options,
+                              const Renamer& renamer, const BatchShell& shell, bool loadWatermarkAnyway) {
+    RenderSettings settings;
+    settings.params = params;
+    const bool watermarks = params.boolValue(ParamKey::WatermarkEnabled);
+    const QString watermarkPath = params.stringValue(ParamKey::WatermarkPath);
+    if ((watermarks || loadWatermarkAnyway) && !watermarkPath.isEmpty())
+        settings.watermark = PipelineSteps::loadWatermark(watermarkPath);
+    const bool textWatermark = watermarks && params.boolValue(ParamKey::DynWatermarkEnabled) &&
+                               !params.intList(ParamKey::DynWatermarkFields).isEmpty();
+    settings.needsInfo = renamer.renameType() == Renamer::Date || textWatermark || options.setCreationDate ||
+                         options.setModificationDate;
+    settings.wantsThumbnail = shell.wantsThumbnails();
+    return settings;
+}
+
+} // namespace
+
+ImageProcessor::ImageProcessor(BatchShell& shell, Renamer& renamer, BatchFileSystem& fileSystem)
+    : m_shell(shell), m_renamer(renamer), m_fileSystem(fileSystem) {}
+
+ImageProcessor::~ImageProcessor() {
+    waitForFinished();
+    removeTmpFolder();
+}
+
+QStringList ImageProcessor::filesFromPaths(const QStringList& paths) {
+    QStringList files;
+    for (const QString& path : paths) {
+        const QFileInfo info(path); // follows links, so a dangling one does not exist
+        if (info.exists() && !info.isDir())
+            files.append(path);
+    }
+    return files;
+}
+
+QStringList ImageProcessor::directoriesFromPaths(const QStringList& paths) {
+    QStringList directories;
+    for (const QString& path : paths)
+        if (QFileInfo(path).isDir())
+            directories.append(path);
+    return directories;
+}
+
+QStringList ImageProcessor::directoryContentsAtPath(const QString& path) {
+    // Sorted by name (code-point order, as `LC_ALL=C ls` shows it) so that
+    // sequence numbers do not depend on the file system's own order.
+    const QDir dir(path);
+    const QStringList names =
+        dir.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    QStringList contents;
+    contents.reserve(names.size());
+    for (const QString& name : names)
+        contents.append(dir.filePath(name));
+    return contents;
+}
+
+std::vector<ImageProcessorHelper> ImageProcessor::makeHelpers(const QStringList& files,
+                                                              const QStringList& directories,
+                                                              const QString& outputDir, ActivityLog& log) {
+    std::vector<ImageProcessorHelper> helpers;
+    std::set<QString> visited;
+    collectHelpers(files, directories, outputDir, visited, helpers, log);
+    return helpers;
+}
+
+void ImageProcessor::processFiles(const QStringList& paths, const ProcessingParams& params,
+                                  const QString& outputDir, std::uint32_t creator,
+                                  const BatchOptions& options) {
+    std::lock_guard lock(m_mutex);
+    if (m_running)
+        return;
+    if (m_thread.joinable())
+        m_thread.join();
+
+    QStringList absolute;
+    for (const QString& path : paths)
+        absolute.append(absolutePath(path));
+    auto batch = std::make_shared<Batch>();
+    batch->params = params;
+    batch->creator = creator;
+    batch->options = options;
+    batch->gate = std::make_shared<BatchGate>();
+    batch->helpers = makeHelpers(filesFromPaths(absolute), directoriesFromPaths(absolute),
+                                 absolutePath(outputDir), m_shell);
+    int total = 0;
+    for (const ImageProcessorHelper& helper : batch->helpers)
+        total += helper.numFiles();
+    m_shell.beginProgressSheet(total);
+    m_gate = batch->gate;
+    m_running = true;
+    m_thread = std::thread([this, batch] { runBatch(*batch); });
+}
+
+void ImageProcessor::runBatch(Batch& batch) {
+    BatchContext context{m_shell,
+                         m_renamer,
+                         m_fileSystem,
+                         batch.options,
+                         batch.creator,
+                         renderSettings(batch.params, batch.options, m_renamer, m_shell, false),
+                         {}};
+    {
+        QStringList tasks;
+        for (const ImageProcessorHelper& helper : batch.helpers)
+            tasks.append(helper.paths());
+        const RenderSettings& settings = context.render;
+        BatchRenderQueue queue(
+            tasks, [&settings](const QString& path) { return renderFile(path, settings); },
+            renderThreadCount(batch.options));
+        context.fileWritten = [&queue](const QString& path) { queue.fileWritten(path); };
+        int firstTask = 0;
+        for (ImageProcessorHelper& helper : batch.helpers) {
+            helper.run(context, *batch.gate, queue, firstTask);
+            firstTask += helper.numFiles();
+        }
+    }
+
+    // Cleanup: every worker has ended.
+    m_shell.endProgressSheet();
+    int total = 0;
+    int processed = 0;
+    int errorCode = ImageProcessorHelper::NoError;
+    QString errorMessage;
+    for (const ImageProcessorHelper& helper : batch.helpers) {
+        total += helper.numFiles();
+        processed += helper.numFilesProcessed();
+        if (helper.errorCode() != ImageProcessorHelper::NoError) {
+            errorCode = helper.errorCode();
+            errorMessage = helper.errorMessage();
+        }
+    }
+    if (errorCode == ImageProcessorHelper::FolderError)
+        m_shell.runMessageSheet(QStringLiteral("Error Creating Folder"), errorMessage);
+    else if (errorCode == ImageProcessorHelper::WriteError)
+        m_shell.runMessageSheet(QStringLiteral("Write Error"), errorMessage);
+    batch.helpers.clear();
+    {
+        std::lock_guard lock(m_mutex);
+        m_running = false;
+    }
+    m_shell.didProcess(processed, total);
+    m_shell.clearStatus();
+}
+
+void ImageProcessor::waitForFinished() {
+    std::thread thread;
+    {
+        std::lock_guard lock(m_mutex);
+        thread = std::move(m_thread);
+    }
+    if (thread.joinable())
+        thread.join();
+}
+
+bool ImageProcessor::isRunning() const {
+    std::lock_guard lock(m_mutex);
+    return m_running;
+}
+
+void ImageProcessor::cancel() {
+    std::lock_guard lock(m_mutex);
+    if (m_running && m_gate)
+        m_gate->cancel();
+}
+
+bool ImageProcessor::pause() {
+    std::lock_guard lock(m_mutex);
+    return m_running && m_gate ? m_gate->togglePause() : false;
+}
+
+std::optional<QString> ImageProcessor::processSingleFile(const QString& path, const ProcessingParams& params,
+                                                         bool /*toClipboard*/, const BatchOptions& options) {
+    const auto folder = createTmpFolder();
+    if (!folder)
+        return std::nullopt;
+    BatchContext context{m_shell, m_renamer, m_fileSystem,
+                         options, 0,         renderSettings(params, options, m_renamer, m_shell, true),
+                         {}};
+    ImageProcessorHelper helper;
+    std::optional<vips::VImage> thumbnail;
+    try {
+        helper.processFile(absolutePath(path), 0, context, *folder, &thumbnail);
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
+    m_shell.setStatus(QStringLiteral("Processing %1").arg(QFileInfo(path).fileName()), thumbnail);
+    const QString output = helper.lastOutputPath();
+    return output.isEmpty() ? std::nullopt : std::optional<QString>(output);
+}
+
+std::optional<QString> ImageProcessor::createTmpFolder() {
+    const QString path = QStringLiteral("/tmp/%1%2")
+                             .arg(QFileInfo(QCoreApplication::applicationFilePath()).fileName())
+                             .arg(QCoreApplication::applicationPid());
+    const QFileInfo info(path);
+    if (info.exists() && !info.isDir()) {
+        qDebug("'%s' exists but is not a directory!", qPrintable(path));
+        return std::nullopt;
+    }
+    if (!QDir().mkpath(path))
+        return std::nullopt;
+    return path;
+}
+
+void ImageProcessor::removeTmpFolder() {
+    const QString path = QStringLiteral("/tmp/%1%2")
+                             .arg(QFileInfo(QCoreApplication::applicationFilePath()).fileName())
+                             .arg(QCoreApplication::applicationPid());
+    if (QFileInfo(path).isDir())
+        QDir(path).removeRecursively();
+}
+
+} // namespace quillet

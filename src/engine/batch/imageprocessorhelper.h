@@ -1,0 +1,75 @@
+#pragma once
+
+#include "engine/batch/batchcontext.h"
+#include "engine/pipeline/renderfile.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+#include <stdexcept>
+
+namespace quillet {
+
+class BatchGate;
+class BatchRenderQueue;
+
+// Raised by the commit stage when an output file cannot be written; it ends
+// the worker, which keeps error code 2 and the message set before raising.
+class WriteException : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+// One worker of a batch: the files of one folder level and the output folder
+// they go to. It keeps the answers to the replace question for the rest of
+// its own files, the output index (files it has written), and its error.
+class ImageProcessorHelper {
+  public:
+    enum Result : int { Written = 0, NotAPicture = 1, Corrupted = 2, NotWritten = 3 };
+    enum ErrorCode : int { NoError = 0, FolderError = 1, WriteError = 2 };
+
+    ImageProcessorHelper(QStringList paths, QString outputDir);
+    // A bare worker for the single-file run: no files, no folder.
+    ImageProcessorHelper() = default;
+
+    // Creates the output folder and handles every file in order, taking the
+    // rendered files from `queue` starting at task `firstTask`. Stops between
+    // files when the gate is cancelled, and at once on a write failure.
+    void run(BatchContext& context, BatchGate& gate, BatchRenderQueue& queue, int firstTask);
+
+    // Renders and commits one file: returns a Result; raises WriteException.
+    int processFile(const QString& path, int index, BatchContext& context, const QString& outputDir,
+                    std::optional<vips::VImage>* thumbnailOut);
+    // The commit stage of one rendered file: naming, the replace question,
+    // writing, EXIF, attributes and the file's log lines. Raises WriteException.
+    int commitFile(RenderedFile& rendered, int index, BatchContext& context, const QString& outputDir,
+                   std::optional<vips::VImage>* thumbnailOut);
+
+    const QStringList& paths() const { return m_paths; }
+    const QString& outputDir() const { return m_outputDir; }
+    int numFiles() const { return int(m_paths.size()); }
+    int numFilesProcessed() const { return m_numFilesProcessed; }
+    int errorCode() const { return m_errorCode; }
+    QString errorMessage() const { return m_errorMessage; }
+    void setErrorMessage(const QString& message) { m_errorMessage = message; }
+    // The last path written; empty before any.
+    QString lastOutputPath() const { return m_lastOutputPath; }
+
+  private:
+    QString writeImage(RenderedFile& rendered, int index, BatchContext& context, const QString& outputDir);
+    bool checkPathExists(const QString& path, BatchShell& shell);
+    void setAttributes(const RenderedFile& rendered, const QString& outputPath, BatchContext& context) const;
+
+    QStringList m_paths;
+    QString m_outputDir;
+    bool m_replaceAll = false;
+    bool m_skipAll = false;
+    bool m_skipOverwrite = false;
+    QString m_lastOutputPath;
+    int m_numFilesProcessed = 0;
+    int m_errorCode = NoError;
+    QString m_errorMessage;
+};
+
+} // namespace quillet

@@ -1,0 +1,156 @@
+#include "engine/geometry/geometry.h"
+
+#include "engine/geometry/geometrydrawing.h"
+#include "settings/processingparams.h"
+
+#include <string>
+
+namespace quillet {
+
+using vips::VImage;
+
+namespace Geometry {
+
+namespace {
+
+SizeF logicalSize(const Picture& picture) {
+    return {float(picture.width), float(picture.height)};
+}
+
+Picture draw(const Picture& picture, const SizeMath::Layout& layout, int interpolation,
+             const Background& background) {
+    return GeometryDrawing::draw(picture, layout, interpolation, background);
+}
+
+// Turns are exact pixel moves; the pixel scale of a shrunk picture carries
+// over so that the sizing step still works in the original's pixels.
+Picture rotated(const Picture& picture, VipsAngle angle, bool quarter) {
+    if (!picture.image.get_image())
+        throw GeometryError("No picture to rotate");
+    try {
+        return Picture{picture.image.rot(angle), quarter ? picture.height : picture.width,
+                       quarter ? picture.width : picture.height, picture.opaque};
+    } catch (const vips::VError& e) {
+        throw GeometryError(std::string("Rotation failed: ") + e.what());
+    }
+}
+
+} // namespace
+
+Picture rotateImageCW(const Picture& picture) {
+    return rotated(picture, VIPS_ANGLE_D90, true);
+}
+Picture rotateImageCCW(const Picture& picture) {
+    return rotated(picture, VIPS_ANGLE_D270, true);
+}
+Picture rotateImage180(const Picture& picture) {
+    return rotated(picture, VIPS_ANGLE_D180, false);
+}
+
+Picture copyImage(const Picture& picture, const Background& background) {
+    // Copies keep the interpolation at its default; it only matters for a
+    // picture that was shrunk on load.
+    return draw(picture, SizeMath::copyLayout(logicalSize(picture)), ScaleQuality::Default, background);
+}
+
+Picture scaleImageToWidth(const Picture& picture, int width, bool downOnly, int interpolation,
+                          const Background& background) {
+    return draw(picture, SizeMath::toWidthLayout(logicalSize(picture), float(width), downOnly), interpolation,
+                background);
+}
+
+Picture scaleImageToHeight(const Picture& picture, int height, bool downOnly, int interpolation,
+                           const Background& background) {
+    return draw(picture, SizeMath::toHeightLayout(logicalSize(picture), float(height), downOnly),
+                interpolation, background);
+}
+
+Picture scaleImageToFit(const Picture& picture, SizeF box, bool downOnly, bool flipForPortrait,
+                        int interpolation, const Background& background) {
+    return draw(picture, SizeMath::fitLayout(logicalSize(picture), box, downOnly, flipForPortrait),
+                interpolation, background);
+}
+
+Picture scaleImageToFill(const Picture& picture, SizeF box, bool downOnly, bool flipForPortrait,
+                         int interpolation, const Background& background) {
+    return draw(picture, SizeMath::fillLayout(logicalSize(picture), box, downOnly, flipForPortrait),
+                interpolation, background);
+}
+
+Picture stretchImageToFit(const Picture& picture, SizeF box, bool downOnly, bool flipForPortrait,
+                          int interpolation, const Background& background) {
+    return draw(picture, SizeMath::stretchLayout(logicalSize(picture), box, downOnly, flipForPortrait),
+                interpolation, background);
+}
+
+Picture cropImageToFit(const Picture& picture, SizeF box, int cropAreaPercentage, bool flipForPortrait,
+                       int interpolation, const Background& background) {
+    return draw(picture, SizeMath::cropLayout(logicalSize(picture), box, cropAreaPercentage, flipForPortrait),
+                interpolation, background);
+}
+
+Picture scaleImageByPercent(const Picture& picture, int percent, int interpolation,
+                            const Background& background) {
+    return draw(picture, SizeMath::percentLayout(logicalSize(picture), percent), interpolation, background);
+}
+
+Picture thumbnail(const Picture& picture, int width, int height) {
+    return scaleImageToFit(picture, {float(width), float(height)}, true, false, ScaleQuality::None,
+                           std::nullopt);
+}
+
+Picture processImage(const Picture& picture, const OrientationSource& orientation, int rotation,
+                     bool& autoRotated, int scaleType, int width, int height, int percent, bool downOnly,
+                     int scaleQuality, bool flipForPortrait, int cropAreaPercentage,
+                     const Background& background) {
+    autoRotated = false;
+    Picture turned = picture;
+    switch (rotation) {
+    case Rotation::Clockwise:
+        turned = rotateImageCW(picture);
+        break;
+    case Rotation::CounterClockwise:
+        turned = rotateImageCCW(picture);
+        break;
+    case Rotation::HalfTurn:
+        turned = rotateImage180(picture);
+        break;
+    case Rotation::Automatic: {
+        const int tag = orientation ? orientation() : 1;
+        if (tag == 6)
+            turned = rotateImageCW(picture);
+        else if (tag == 8)
+            turned = rotateImageCCW(picture);
+        else if (tag == 3)
+            turned = rotateImage180(picture);
+        autoRotated = tag == 6 || tag == 8 || tag == 3;
+        break;
+    }
+    default:
+        break;
+    }
+
+    const SizeF box{float(width), float(height)};
+    switch (scaleType) {
+    case ScaleType::ToWidth:
+        return scaleImageToWidth(turned, width, downOnly, scaleQuality, background);
+    case ScaleType::ToHeight:
+        return scaleImageToHeight(turned, height, downOnly, scaleQuality, background);
+    case ScaleType::Fit:
+        return scaleImageToFit(turned, box, downOnly, flipForPortrait, scaleQuality, background);
+    case ScaleType::Crop:
+        return cropImageToFit(turned, box, cropAreaPercentage, flipForPortrait, scaleQuality, background);
+    case ScaleType::Stretch:
+        return stretchImageToFit(turned, box, downOnly, flipForPortrait, scaleQuality, background);
+    case ScaleType::Percent:
+        return scaleImageByPercent(turned, percent, scaleQuality, background);
+    case ScaleType::Fill:
+        return scaleImageToFill(turned, box, downOnly, flipForPortrait, scaleQuality, background);
+    default:
+        return copyImage(turned, background);
+    }
+}
+
+} // namespace Geometry
+
+} // namespace quillet

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "engine/geometry/geometryerror.h"
+#include "engine/geometry/sizemath.h"
+#include "engine/picture.h"
+#include "settings/rgbacolor.h"
+
+#include <functional>
+#include <optional>
+
+namespace quillet {
+
+// Rotation and the eight sizing modes of the batch. Every routine takes a
+// picture and returns a new one whose logical size equals its pixel size
+// (rotations excepted: they keep the picture's pixel scale); the input is
+// never changed. `interpolation` is the "ScaleQuality" code (0 default,
+// 1 none, 2 low, 3 high). `background` fills the new canvas; none leaves it
+// transparent. Routines throw GeometryError when no picture can be made (no
+// pixels, or a canvas side below one pixel, as a width of 0 gives).
+namespace Geometry {
+
+using SizeMath::SizeF;
+using Background = std::optional<RgbaColor>;
+// Gives the source file's EXIF orientation (1 when it has none); asked only
+// for automatic rotation.
+using OrientationSource = std::function<int()>;
+
+// Rotation by the "Rotation" code, then sizing by the "ScaleType" code.
+// Code 4 turns by the orientation (6 clockwise, 8 counter-clockwise, 3 half)
+// and only then sets autoRotated; unknown codes mean no rotation and a copy.
+Picture processImage(const Picture& picture, const OrientationSource& orientation, int rotation,
+                     bool& autoRotated, int scaleType, int width, int height, int percent, bool downOnly,
+                     int scaleQuality, bool flipForPortrait, int cropAreaPercentage,
+                     const Background& background);
+
+// Quarter and half turns; the canvas is transparent and exactly covered.
+Picture rotateImageCW(const Picture& picture);
+Picture rotateImageCCW(const Picture& picture);
+Picture rotateImage180(const Picture& picture);
+
+Picture copyImage(const Picture& picture, const Background& background);
+Picture scaleImageToWidth(const Picture& picture, int width, bool downOnly, int interpolation,
+                          const Background& background);
+Picture scaleImageToHeight(const Picture& picture, int height, bool downOnly, int interpolation,
+                           const Background& background);
+Picture scaleImageToFit(const Picture& picture, SizeF box, bool downOnly, bool flipForPortrait,
+                        int interpolation, const Background& background);
+// Fit inside the box, then pad it to the box with the background.
+Picture scaleImageToFill(const Picture& picture, SizeF box, bool downOnly, bool flipForPortrait,
+                         int interpolation, const Background& background);
+Picture stretchImageToFit(const Picture& picture, SizeF box, bool downOnly, bool flipForPortrait,
+                          int interpolation, const Background& background);
+Picture cropImageToFit(const Picture& picture, SizeF box, int cropAreaPercentage, bool flipForPortrait,
+                       int interpolation, const Background& background);
+Picture scaleImageByPercent(const Picture& picture, int percent, int interpolation,
+                            const Background& background);
+
+// The status thumbnail: fit inside width x height, never enlarged, no flip,
+// no interpolation, transparent canvas.
+Picture thumbnail(const Picture& picture, int width = 64, int height = 64);
+
+} // namespace Geometry
+
+} // namespace quillet

@@ -1,0 +1,177 @@
+#include "engine/pipeline/outputencoder.h"
+
+#include "settings/processingparams.h"
+
+#include <QString>
+
+#include <algorithm>
+
+namespace quillet {
+
+using vips::VImage;
+
+namespace OutputEncoder {
+
+namespace {
+
+// libvips keeps resolution in pixels per millimetre.
+VImage withResolution(const VImage& image, int resolution) {
+    const double perMillimetre = (resolution >= 1 ? resolution : 72) / 25.4;
+    return image.copy(VImage::option()->set("xres", perMillimetre)->set("yres", perMillimetre));
+}
+
+bool encodable(const Picture& picture) {
+    return picture.image.get_image() && picture.image.width() > 0 && picture.image.height() > 0;
+}
+
+QByteArray takeBuffer(void* data, size_t size) {
+    QByteArray bytes(static_cast<const char*>(data), qsizetype(size));
+    g_free(data);
+    return bytes;
+}
+
+// The pixels with alpha dropped when every pixel is opaque. A picture not
+// known to be opaque is rendered once into memory so the check and the
+// encoding share one evaluation.
+VImage withAlphaIfNeeded(const Picture& picture) {
+    VImage image = picture.image;
+    if (image.bands() < 4)
+        return image;
+    if (!picture.opaque) {
+        image = image.copy_memory();
+        if (image.extract_band(3).min() < 255)
+            return image;
+    }
+    return image.extract_band(0, VImage::option()->set("n", 3));
+}
+
+// libvips writes no JFIF segment once metadata is stripped, and the only
+// resolution it would write lives in an EXIF block of its own making. A JFIF
+// APP0 right after SOI records the dpi without any EXIF.
+QByteArray withJfifDensity(QByteArray jpeg, int resolution) {
+    if (jpeg.size() < 4 || quint8(jpeg[0]) != 0xFF || quint8(jpeg[1]) != 0xD8)
+        return jpeg;
+    const int dpi = std::clamp(resolution >= 1 ? resolution : 72, 1, 65535);
+    const char hi = char(dpi >> 8), lo = char(dpi & 0xFF);
+    const char app0[] = {'\xFF', '\xE0', 0, 16, 'J', 'F', 'I', 'F', 0, 1, 1, 1, hi, lo, hi, lo, 0, 0};
+    jpeg.insert(2, app0, sizeof app0);
+    return jpeg;
+}
+
+} // namespace
+
+namespace {
+
+// Encodes through libvips's saver for `suffix`; no bytes when the picture is
+// empty or anything in the chain fails. `options` is consumed.
+template <typename Prepare>
+QByteArray encode(const Picture& picture, const char* suffix, Prepare prepare, vips::VOption* options) {
+    if (!encodable(picture)) {
+        delete options;
+        return {};
+    }
+    try {
+        void* data = nullptr;
+        size_t size = 0;
+        prepare(picture).write_to_buffer(suffix, &data, &size, options->set("strip", true));
+        return takeBuffer(data, size);
+    } catch (const std::exception&) {
+        return {};
+    }
+}
+
+} // namespace
+
+QByteArray jpegDataForImage(const Picture& picture, int resolution, int quality) {
+    const QByteArray jpeg = encode(
+        picture, ".jpg",
+        [resolution](const Picture& p) {
+            VImage image = p.image;
+            if (image.bands() == 4 || image.bands() == 2)
+                image = image.extract_band(0, VImage::option()->set("n", image.bands() - 1));
+            return withResolution(image, resolution);
+        },
+        VImage::option()->set("Q", std::clamp(quality, 1, 100)));
+    return withJfifDensity(jpeg, resolution);
+}
+
+QByteArray pngDataForImage(const Picture& picture, int resolution) {
+    return encode(
+        picture, ".png",
+        [resolution](const Picture& p) { return withResolution(withAlphaIfNeeded(p), resolution); },
+        VImage::option());
+}
+
+QByteArray tiffDataForImage(const Picture& picture, int resolution) {
+    return encode(
+        picture, ".tif",
+        [resolution](const Picture& p) { return withResolution(withAlphaIfNeeded(p), resolution); },
+        VImage::option()
+            ->set("compression", VIPS_FOREIGN_TIFF_COMPRESSION_NONE)
+            ->set("resunit", VIPS_FOREIGN_TIFF_RESUNIT_INCH));
+}
+
+int nextFactorWithSize(qint64 size, qint64 limit, int factor) {
+    if (limit == 0)
+        return factor;
+    const float ratio = float(size) / float(limit);
+    if (ratio > 3.0f) {
+        if (factor >= 80)
+            return 40;
+        if (factor >= 60)
+            return factor - 40;
+        return factor - 30;
+    }
+    if (ratio > 1.75f)
+        return factor - 20;
+    if (double(ratio) > 1.05)
+        return factor - 10;
+    return factor - 5;
+}
+
+QByteArray searchJpegQuality(const std::function<QByteArray(int)>& encode, int quality, qint64 byteLimit,
+                             ActivityLog& log) {
+    int q = quality;
+    for (;;) {
+        const QByteArray bytes = encode(q);
+        const int next = nextFactorWithSize(bytes.size(), byteLimit, q);
+        // A failed encoding is tried again lower down, as long as that goes
+        // somewhere: the same quality again would never end.
+        if (bytes.isEmpty()) {
+            if (next >= q || next <= 0)
+                return {};
+            q = next;
+            continue;
+        }
+        if (byteLimit > 0 && quint64(bytes.size()) > quint64(byteLimit) && next > 0) {
+            q = next;
+            continue;
+        }
+        // The line shows the quality the search would try next, not the one
+        // kept; without a limit the two agree.
+        log.writeActivity(QString::asprintf("\tJPEG quality: %d\n", next));
+        if (next <= 0)
+            log.writeWarningActivity(
+                QString::asprintf("\tUnable to make file size under %d KB\n", int(byteLimit / 1024)));
+        return bytes;
+    }
+}
+
+QByteArray dataForImage(const Picture& picture, int format, int resolution, int quality, qint64 byteLimit,
+                        ActivityLog& log) {
+    switch (format) {
+    case FileFormat::Jpeg:
+        return searchJpegQuality([&](int q) { return jpegDataForImage(picture, resolution, q); }, quality,
+                                 byteLimit, log);
+    case FileFormat::Png:
+        return pngDataForImage(picture, resolution);
+    case FileFormat::Tiff:
+        return tiffDataForImage(picture, resolution);
+    default:
+        return {};
+    }
+}
+
+} // namespace OutputEncoder
+
+} // namespace quillet

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "engine/picture.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace quillet {
+
+// Opens input pictures for the batch: 4-band sRGB 8-bit pixels with straight
+// alpha, decoded once into memory, optionally shrunk while decoding.
+class PictureLoader {
+  public:
+    enum class Status { Loaded, NotAPicture, Corrupted };
+
+    struct Result {
+        Status status = Status::NotAPicture;
+        Picture picture; // valid when Loaded
+    };
+
+    // Pixel size from the file's header alone; none when no loader we accept
+    // recognises the file.
+    struct Header {
+        int width = 0;
+        int height = 0;
+        bool isJpeg = false;
+    };
+    static std::optional<Header> readHeader(const QString& path);
+
+    // Decodes the picture. `shrink` (1, 2, 4 or 8) is honoured for JPEG only;
+    // the Picture keeps the full pixel size as its logical size either way.
+    // Never throws: a file no accepted loader opens is NotAPicture, one whose
+    // pixels fail to decode is Corrupted.
+    static Result load(const QString& path, int shrink = 1);
+    // The same with the header already read by readHeader.
+    static Result load(const QString& path, const Header& header, int shrink);
+
+    // The largest JPEG shrink factor whose decoded size still covers `drawnWidth`
+    // x `drawnHeight`, and 1 when the drawn size is more than half the picture.
+    static int jpegShrinkFor(int width, int height, double drawnWidth, double drawnHeight);
+
+    // Lower-case extensions of the picture formats the installed loaders read.
+    static const QStringList& readableExtensions();
+    static bool isReadableExtension(const QString& suffix);
+};
+
+} // namespace quillet

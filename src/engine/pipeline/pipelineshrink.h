@@ -1,0 +1,14 @@
+#pragma once
+
+#include "settings/processingparams.h"
+
+namespace quillet {
+
+// How far a JPEG may be shrunk while it is decoded, given the sizing the batch
+// will apply: 8, 4 or 2 when every drawn dimension is at most that fraction of
+// the picture, else 1. `width` x `height` is the picture after any quarter-turn
+// rotation. Sizes that keep the picture (copy, down-only no-ops) and nearest-
+// neighbour scaling get 1, so their pixels are the file's own.
+int pipelineShrinkFactor(const ProcessingParams& params, int width, int height);
+
+} // namespace quillet

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "engine/picture.h"
+#include "metadata/kvimageinfo.h"
+#include "settings/processingparams.h"
+#include "support/activitylog.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+namespace quillet {
+
+// The steps of the per-file pipeline that other parts of the engine provide,
+// gathered behind one narrow front so the batch reads as its steps.
+namespace PipelineSteps {
+
+// EXIF orientation of the file, 1 when it has none.
+int orientationOf(const QString& path);
+// Rotation and sizing; `orientation` serves rotation code 4.
+Picture processImage(const Picture& picture, const ProcessingParams& params, int orientation,
+                     bool& autoRotated);
+// Image and text watermarks as the settings ask.
+void drawWatermarks(Picture& picture, const ProcessingParams& params, const std::optional<Picture>& watermark,
+                    const KVImageInfo* info, ActivityLog& log);
+// The output bytes, empty on failure.
+QByteArray encode(const Picture& picture, const ProcessingParams& params, ActivityLog& log);
+// The status thumbnail: fit into 64 x 64, never enlarged.
+vips::VImage thumbnail(const Picture& picture);
+// The watermark picture, none when the file does not load.
+std::optional<Picture> loadWatermark(const QString& path);
+
+} // namespace PipelineSteps
+
+} // namespace quillet

@@ -1,0 +1,90 @@
+#include "engine/pipeline/renderfile.h"
+
+#include "engine/pipeline/pictureloader.h"
+#include "engine/pipeline/pipelineshrink.h"
+#include "engine/pipeline/pipelinesteps.h"
+
+#include <QFileInfo>
+
+#include <exception>
+
+namespace quillet {
+
+namespace {
+
+bool isQuarterTurn(int rotation, int orientation) {
+    if (rotation == Rotation::Clockwise || rotation == Rotation::CounterClockwise)
+        return true;
+    return rotation == Rotation::Automatic && (orientation == 6 || orientation == 8);
+}
+
+void render(RenderedFile& out, const RenderSettings& settings) {
+    const ProcessingParams& params = settings.params;
+    const QFileInfo file(out.path);
+    // A pipe or device would block or never end; only regular files are read.
+    if (!file.isFile())
+        return;
+    const auto header = PictureLoader::readHeader(out.path);
+    if (!header)
+        return;
+
+    const int rotation = params.intValue(ParamKey::Rotation);
+    const int orientation = rotation == Rotation::Automatic ? PipelineSteps::orientationOf(out.path) : 1;
+    int shrink = 1;
+    if (header->isJpeg) {
+        const bool swap = isQuarterTurn(rotation, orientation);
+        shrink = pipelineShrinkFactor(params, swap ? header->height : header->width,
+                                      swap ? header->width : header->height);
+    }
+    PictureLoader::Result loaded = PictureLoader::load(out.path, *header, shrink);
+    if (loaded.status == PictureLoader::Status::NotAPicture)
+        return;
+    if (loaded.status == PictureLoader::Status::Corrupted) {
+        out.status = RenderedFile::Corrupted;
+        out.pictureLog.writeWarningActivity(
+            QStringLiteral("Unable to open '%1' - file may be corrupted\n").arg(file.fileName()));
+        return;
+    }
+    out.status = RenderedFile::Rendered;
+    out.pictureLog.writeActivity(QStringLiteral("Processing '%1'\n").arg(file.fileName()));
+    if (settings.needsInfo)
+        out.info = KVImageInfo::fromFile(out.path, true, false);
+
+    Picture picture = PipelineSteps::processImage(loaded.picture, params, orientation, out.autoRotated);
+    out.pictureLog.writeActivity(
+        QString::asprintf("\tDimension: %.0f x %.0f\n", picture.width, picture.height));
+    if (params.boolValue(ParamKey::WatermarkEnabled))
+        PipelineSteps::drawWatermarks(picture, params, settings.watermark, out.info ? &*out.info : nullptr,
+                                      out.pictureLog);
+    out.bytes = PipelineSteps::encode(picture, params, out.encoderLog);
+    if (settings.wantsThumbnail) {
+        // The thumbnail is only shown; the file is written without it.
+        try {
+            out.thumbnail = PipelineSteps::thumbnail(loaded.picture).copy_memory();
+        } catch (const std::exception&) {
+            vips_error_clear();
+        }
+    }
+}
+
+} // namespace
+
+RenderedFile renderFile(const QString& path, const RenderSettings& settings) {
+    RenderedFile out;
+    out.path = path;
+    try {
+        render(out, settings);
+    } catch (const vips::VError&) {
+        vips_error_clear();
+        // Pixels that fail past the decoder leave no bytes: committing the
+        // file then reports a write error, as an encoder failure does.
+        out.bytes.clear();
+        out.thumbnail.reset();
+    } catch (const std::exception&) {
+        out.bytes.clear();
+        out.thumbnail.reset();
+    }
+    return out;
+}
+
+} // namespace quillet

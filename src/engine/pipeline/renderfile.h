@@ -1,0 +1,47 @@
+#pragma once
+
+#include "engine/batch/batchlog.h"
+#include "engine/picture.h"
+#include "metadata/kvimageinfo.h"
+#include "settings/processingparams.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+namespace quillet {
+
+// The pixel stage of one file: everything that depends only on the input file
+// and the settings, and so can run ahead of the file being committed on any
+// thread. Nothing here writes to disk or talks to the user.
+struct RenderedFile {
+    enum Status { Rendered = 0, NotAPicture = 1, Corrupted = 2 };
+
+    QString path;
+    Status status = NotAPicture;
+    // Log lines of loading, geometry and watermarks (before the output name is chosen).
+    BatchLog pictureLog;
+    // Log lines of the encoder, shown only once the file is going to be written.
+    BatchLog encoderLog;
+    QByteArray bytes; // encoded output; empty when encoding failed
+    bool autoRotated = false;
+    // The file's metadata record, made only when naming, watermark or dates need it.
+    std::optional<KVImageInfo> info;
+    std::optional<vips::VImage> thumbnail; // 64 x 64 at most, of the input picture
+};
+
+// What the pixel stage needs besides the file: shared read-only by every
+// render thread of a batch.
+struct RenderSettings {
+    ProcessingParams params;
+    std::optional<Picture> watermark;
+    bool needsInfo = false;      // make RenderedFile::info
+    bool wantsThumbnail = false; // make RenderedFile::thumbnail
+};
+
+// Loads the picture (shrunk on load when the result is at most half its size),
+// rotates, sizes, draws the watermarks and encodes. Never throws.
+RenderedFile renderFile(const QString& path, const RenderSettings& settings);
+
+} // namespace quillet
