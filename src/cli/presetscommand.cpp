@@ -1,8 +1,10 @@
 #include "cli/commands.h"
 #include "settings/presetjson.h"
 #include "settings/presetstore.h"
+#include "support/settingsstore.h"
 
 #include <QFile>
+#include <QSettings>
 
 #include <cstdio>
 
@@ -74,7 +76,7 @@ ProcessingParams readPreset(const QString& file) {
     return PresetJson::read(in);
 }
 
-int import(PresetStore& store, const QString& file) {
+int import(PresetStore& store, QSettings& settings, const QString& file) {
     ProcessingParams preset;
     try {
         preset = readPreset(file);
@@ -82,18 +84,18 @@ int import(PresetStore& store, const QString& file) {
         return fail(QStringLiteral("%1; nothing was imported").arg(QString::fromStdString(e.what())));
     }
     const int index = store.importPreset(preset);
-    if (!store.save())
+    if (!store.save(settings))
         return fail(QStringLiteral("cannot write the settings store; nothing was imported"));
     std::printf("Imported preset '%s'\n", qPrintable(store.names().at(index)));
     return 0;
 }
 
-int remove(PresetStore& store, const QString& name) {
+int remove(PresetStore& store, QSettings& settings, const QString& name) {
     const int index = findPreset(store, name);
     if (index < 0)
         return fail(QStringLiteral("no preset named '%1'").arg(name));
     store.removePreset(index);
-    if (!store.save())
+    if (!store.save(settings))
         return fail(QStringLiteral("cannot write the settings store"));
     return 0;
 }
@@ -119,7 +121,8 @@ int runPresets(const QStringList& args) {
     if (command == QLatin1String("import") && !expect(1))
         return badUsage("'import' needs one file");
 
-    PresetStore store = PresetStore::load();
+    const auto settings = SettingsStore::open();
+    PresetStore store = PresetStore::load(*settings);
     if (command == QLatin1String("list"))
         return list(store);
     if (command == QLatin1String("show"))
@@ -127,9 +130,9 @@ int runPresets(const QStringList& args) {
     if (command == QLatin1String("export"))
         return show(store, args.at(1), args.at(2));
     if (command == QLatin1String("import"))
-        return import(store, args.at(1));
+        return import(store, *settings, args.at(1));
     if (command == QLatin1String("delete"))
-        return remove(store, args.at(1));
+        return remove(store, *settings, args.at(1));
     return badUsage("unknown subcommand");
 }
 

@@ -2,6 +2,7 @@
 
 #include "cli/processvalues.h"
 #include "settings/presetstore.h"
+#include "settings/userdefaults.h"
 
 #include <functional>
 #include <map>
@@ -321,19 +322,15 @@ bool Parser::option(const QString& name) {
 ProcessParse parseProcessArguments(const QStringList& args, QSettings& settings) {
     Parser parser;
     parser.args = args;
-    parser.request.params = ProcessingParams::defaults();
+    const UserDefaults defaults(settings);
+    parser.request.params = defaults.processingParams();
     parser.request.renamer = Renamer(settings);
-    BatchOptions& o = parser.request.options;
-    o.copyNonImageFiles = settings.value(QStringLiteral("CopyNonImageFiles"), false).toBool();
-    o.setCreationDate = settings.value(QStringLiteral("SetCreationDate"), false).toBool();
-    o.setModificationDate = settings.value(QStringLiteral("SetModificationDate"), false).toBool();
-    o.hideExtension = settings.value(QStringLiteral("HideExtension"), false).toBool();
-    o.customIcon = settings.value(QStringLiteral("CustomIcon"), false).toBool();
+    parser.request.options = BatchOptions::fromDefaults(defaults);
 
     // The preset comes first wherever it stands, so every other option refines it.
     for (int i = 0; i + 1 < args.size(); ++i) {
         if (args[i] == QLatin1String("--preset")) {
-            const auto preset = PresetStore::lookup(args[i + 1]);
+            const auto preset = PresetStore::lookup(settings, args[i + 1]);
             if (!preset)
                 return {std::nullopt, QStringLiteral("no preset named '%1'").arg(args[i + 1])};
             parser.request.params = *preset;

@@ -1,7 +1,6 @@
 #include "settings/presetstore.h"
 
 #include "settings/presetnames.h"
-#include "support/settingsstore.h"
 
 #include <QSettings>
 
@@ -70,13 +69,8 @@ PresetStore PresetStore::load(QSettings& settings) {
     return store;
 }
 
-PresetStore PresetStore::load() {
-    const auto settings = SettingsStore::open();
-    return load(*settings);
-}
-
-std::optional<ProcessingParams> PresetStore::lookup(const QString& name) {
-    const PresetStore store = load();
+std::optional<ProcessingParams> PresetStore::lookup(QSettings& settings, const QString& name) {
+    const PresetStore store = load(settings);
     const int index = store.indexOfName(name);
     if (index < 0)
         return std::nullopt;
@@ -90,11 +84,6 @@ bool PresetStore::save(QSettings& settings) const {
     settings.setValue(QLatin1String(PresetsKey), list);
     settings.sync();
     return settings.status() == QSettings::NoError;
-}
-
-bool PresetStore::save() const {
-    const auto settings = SettingsStore::open();
-    return save(*settings);
 }
 
 int PresetStore::takeNextId() {

@@ -28,13 +28,11 @@ class PresetStore {
     // unique, gives every preset without an id a fresh one, and writes the
     // result back.
     static PresetStore load(QSettings& settings);
-    static PresetStore load();
-    // The preset called name in the user's store, for --preset NAME.
-    static std::optional<ProcessingParams> lookup(const QString& name);
+    // The preset called name in the given store, for --preset NAME.
+    static std::optional<ProcessingParams> lookup(QSettings& settings, const QString& name);
 
     // Writes the list to "Presets"; false when the store could not be written.
     bool save(QSettings& settings) const;
-    bool save() const;
     // Throws the working list's edits away.
     void revert(QSettings& settings) { *this = load(settings); }
 

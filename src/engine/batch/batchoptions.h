@@ -4,6 +4,8 @@
 
 namespace quillet {
 
+class UserDefaults;
+
 // The application preferences a batch reads, handed to the engine as values.
 // Field names follow the settings keys of the same names.
 struct BatchOptions {
@@ -18,6 +20,10 @@ struct BatchOptions {
     bool parallel = true;
     // Files rendered ahead at most (0: one per core).
     int renderThreads = 0;
+
+    // The five preferences as the settings store holds them, registered
+    // defaults filling the gaps.
+    static BatchOptions fromDefaults(const UserDefaults& defaults);
 };
 
 } // namespace quillet

@@ -222,6 +222,17 @@ bool ImageProcessor::pause() {
     return m_running && m_gate ? m_gate->togglePause() : false;
 }
 
+void ImageProcessor::resume() {
+    std::lock_guard lock(m_mutex);
+    if (m_running && m_gate && m_gate->isPaused())
+        m_gate->togglePause();
+}
+
+bool ImageProcessor::isPaused() const {
+    std::lock_guard lock(m_mutex);
+    return m_running && m_gate && m_gate->isPaused();
+}
+
 std::optional<QString> ImageProcessor::processSingleFile(const QString& path, const ProcessingParams& params,
                                                          bool /*toClipboard*/, const BatchOptions& options) {
     const auto folder = createTmpFolder();

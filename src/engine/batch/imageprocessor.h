@@ -56,9 +56,13 @@ class ImageProcessor {
     std::optional<QString> processSingleFile(const QString& path, const ProcessingParams& params,
                                              bool toClipboard, const BatchOptions& options = {});
 
-    // Both act between files. pause() toggles and returns true when now paused.
+    // All act between files: the file in hand is always finished. pause()
+    // toggles and returns true when the batch is now paused; resume() undoes a
+    // pause. None of them blocks, and each does nothing when no batch runs.
     void cancel();
     bool pause();
+    void resume();
+    bool isPaused() const;
 
     Renamer& renamer() { return m_renamer; }
 
