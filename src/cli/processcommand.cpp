@@ -3,15 +3,14 @@
 #include "cli/processsignals.h"
 #include "cli/terminalinput.h"
 #include "cli/terminalshell.h"
+#include "engine/batch/batchenvironment.h"
 #include "engine/batch/imageprocessor.h"
-#include "metadata/jpegcontext.h"
 #include "support/settingsstore.h"
 
 #include <QFileInfo>
 
 #include <cerrno>
 #include <cstdio>
-#include <malloc.h>
 #include <unistd.h>
 
 namespace quillet {
@@ -66,21 +65,7 @@ int runProcess(const QStringList& args) {
     if (!request.logFile.isEmpty() && !shell.openLogFile(request.logFile))
         return usageError(QStringLiteral("cannot write the log file '%1'").arg(request.logFile));
 
-    // Every picture is read once: libvips's operation cache would only keep
-    // decoded pictures alive after their file is done.
-    vips_cache_set_max(0);
-    // Standard output carries the activity log; the metadata reader's own
-    // notes ("Incorrect Exif header" and the like) are diagnostics.
-    setMetadataMessageStreams(stderr, stderr);
-    // glibc gives every thread its own heap; with libvips's threads that
-    // leaves freed picture memory scattered and the process larger than its
-    // pictures. Two heaps keep the peak near what is really in use.
-    mallopt(M_ARENA_MAX, 2);
-    if (request.options.parallel) {
-        // The batch already keeps every core busy with a picture of its own;
-        // libvips threads inside each picture would only contend with them.
-        vips_concurrency_set(1);
-    }
+    BatchEnvironment::prepare(request.options);
     ImageProcessor job(shell, request.renamer);
     TerminalInput input([&] {
         const bool paused = job.pause();

@@ -1,0 +1,28 @@
+#include "engine/batch/batchenvironment.h"
+
+#include "metadata/jpegcontext.h"
+
+#include <vips/vips8>
+
+#include <cstdio>
+#include <malloc.h>
+
+namespace quillet {
+
+void BatchEnvironment::prepare(const BatchOptions& options) {
+    vips_cache_set_max(0);
+    // The metadata reader's notes ("Incorrect Exif header" and the like) are
+    // diagnostics; standard output may be carrying the activity log.
+    setMetadataMessageStreams(stderr, stderr);
+    // glibc gives every thread its own heap; with libvips's threads that
+    // leaves freed picture memory scattered and the process larger than its
+    // pictures. Two heaps keep the peak near what is really in use.
+    mallopt(M_ARENA_MAX, 2);
+    if (options.parallel) {
+        // The batch already keeps every core busy with a picture of its own;
+        // libvips threads inside each picture would only contend with them.
+        vips_concurrency_set(1);
+    }
+}
+
+} // namespace quillet
