@@ -54,15 +54,12 @@ int renderThreadCount(const BatchOptions& options) {
 RenderSettings renderSettings(const ProcessingParams& params, const BatchOptions& options,
                               const Renamer& renamer, const BatchShell& shell, bool loadWatermarkAnyway) {
     RenderSettings settings;
-    settings.params = params;
-    const bool watermarks = params.boolValue(ParamKey::WatermarkEnabled);
-    const QString watermarkPath = params.stringValue(ParamKey::WatermarkPath);
-    if ((watermarks || loadWatermarkAnyway) && !watermarkPath.isEmpty())
-        settings.watermark = PipelineSteps::loadWatermark(watermarkPath);
-    const bool textWatermark = watermarks && params.boolValue(ParamKey::DynWatermarkEnabled) &&
-                               !params.intList(ParamKey::DynWatermarkFields).isEmpty();
-    settings.needsInfo = renamer.renameType() == Renamer::Date || textWatermark || options.setCreationDate ||
-                         options.setModificationDate;
+    settings.request = ProcessingRequest::decode(params);
+    const ProcessingRequest& request = settings.request;
+    if ((request.imageWatermark.enabled || loadWatermarkAnyway) && !request.imageWatermark.path.isEmpty())
+        settings.watermark = PipelineSteps::loadWatermark(request.imageWatermark.path);
+    settings.needsInfo = renamer.renameType() == Renamer::Date || request.textWatermark.enabled ||
+                         options.setCreationDate || options.setModificationDate;
     settings.wantsThumbnail = shell.wantsThumbnails();
     return settings;
 }
@@ -245,7 +242,11 @@ std::optional<QString> ImageProcessor::processSingleFile(const QString& path, co
     std::optional<vips::VImage> thumbnail;
     try {
         helper.processFile(absolutePath(path), 0, context, *folder, &thumbnail);
-    } catch (const std::exception&) {
+    } catch (const WriteException&) {
+        // The pipeline has logged the failed write already.
+        return std::nullopt;
+    } catch (const std::exception& e) {
+        m_shell.writeWarningActivity(ImageProcessorHelper::stoppedLine(*folder, path, e));
         return std::nullopt;
     }
     m_shell.setStatus(QStringLiteral("Processing %1").arg(QFileInfo(path).fileName()), thumbnail);

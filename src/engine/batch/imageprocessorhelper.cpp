@@ -24,6 +24,12 @@ bool isSource(const QString& output, const QString& source) {
 
 } // namespace
 
+QString ImageProcessorHelper::stoppedLine(const QString& outputDir, const QString& path,
+                                          const std::exception& e) {
+    return QStringLiteral("Stopped in folder '%1' at '%2': %3\n")
+        .arg(outputDir, QFileInfo(path).fileName(), QString::fromLocal8Bit(e.what()));
+}
+
 ImageProcessorHelper::ImageProcessorHelper(QStringList paths, QString outputDir)
     : m_paths(std::move(paths)), m_outputDir(std::move(outputDir)) {}
 
@@ -51,9 +57,10 @@ void ImageProcessorHelper::run(BatchContext& context, BatchGate& gate, BatchRend
         } catch (const WriteException&) {
             m_errorCode = WriteError;
             return;
-        } catch (const std::exception&) {
-            // Anything else ends the worker without a message, as a write
-            // error does but with no sheet.
+        } catch (const std::exception& e) {
+            // Anything else ends the worker as a write error does, but with
+            // no sheet: the log says which file stopped it and why.
+            context.shell.writeWarningActivity(stoppedLine(m_outputDir, path, e));
             return;
         }
         const QString name = QFileInfo(path).fileName();
@@ -95,9 +102,7 @@ int ImageProcessorHelper::commitFile(RenderedFile& rendered, int index, BatchCon
     if (outputPath.isEmpty())
         return NotWritten;
 
-    const ProcessingParams& params = context.render.params;
-    if (params.intValue(ParamKey::FileFormat) == FileFormat::Jpeg &&
-        params.boolValue(ParamKey::PreserveHeader)) {
+    if (context.render.request.preserveHeader) {
         // The copy returns 1 when it rewrote the output; the log reads the
         // result the other way round, which users of the original know.
         if (KVImageInfo::copyInfoFromPath(rendered.path, outputPath) != 0)
@@ -121,9 +126,8 @@ void ImageProcessorHelper::setAttributes(const RenderedFile& rendered, const QSt
     // The modification date is the taking date too, not the file's own.
     const QDateTime creation = options.setCreationDate ? taken : QDateTime();
     const QDateTime modification = options.setModificationDate ? taken : QDateTime();
-    FileAttributes::setAttributes(outputPath, context.creator,
-                                  context.render.params.intValue(ParamKey::FileFormat), options.hideExtension,
-                                  creation, modification);
+    FileAttributes::setAttributes(outputPath, context.creator, context.render.request.format,
+                                  options.hideExtension, creation, modification);
     if (options.customIcon)
         CustomIcon::setForFile(outputPath);
 }
@@ -131,7 +135,7 @@ void ImageProcessorHelper::setAttributes(const RenderedFile& rendered, const QSt
 QString ImageProcessorHelper::writeImage(RenderedFile& rendered, int index, BatchContext& context,
                                          const QString& outputDir) {
     BatchShell& shell = context.shell;
-    const int format = context.render.params.intValue(ParamKey::FileFormat);
+    const int format = context.render.request.format;
     const QString base = OutputNaming::baseName(rendered.path);
     // An unknown rename type names nothing; the input name is the safe choice.
     const QString name =

@@ -56,6 +56,10 @@ class ImageProcessorHelper {
     // The last path written; empty before any.
     QString lastOutputPath() const { return m_lastOutputPath; }
 
+    // The warning logged when an unexpected error ends a worker (or the
+    // single-file run) at `path`.
+    static QString stoppedLine(const QString& outputDir, const QString& path, const std::exception& e);
+
   private:
     QString writeImage(RenderedFile& rendered, int index, BatchContext& context, const QString& outputDir);
     bool checkPathExists(const QString& path, BatchShell& shell);

@@ -1,6 +1,7 @@
 #include "engine/geometry/geometry.h"
 
 #include "engine/geometry/geometrydrawing.h"
+#include "engine/geometry/sizinglayout.h"
 #include "settings/processingparams.h"
 
 #include <string>
@@ -99,56 +100,47 @@ Picture thumbnail(const Picture& picture, int width, int height) {
                            std::nullopt);
 }
 
-Picture processImage(const Picture& picture, const OrientationSource& orientation, int rotation,
-                     bool& autoRotated, int scaleType, int width, int height, int percent, bool downOnly,
-                     int scaleQuality, bool flipForPortrait, int cropAreaPercentage,
-                     const Background& background) {
-    autoRotated = false;
-    Picture turned = picture;
+namespace {
+
+Picture turned(const Picture& picture, int rotation, const OrientationSource& orientation,
+               bool& autoRotated) {
     switch (rotation) {
     case Rotation::Clockwise:
-        turned = rotateImageCW(picture);
-        break;
+        return rotateImageCW(picture);
     case Rotation::CounterClockwise:
-        turned = rotateImageCCW(picture);
-        break;
+        return rotateImageCCW(picture);
     case Rotation::HalfTurn:
-        turned = rotateImage180(picture);
-        break;
+        return rotateImage180(picture);
     case Rotation::Automatic: {
         const int tag = orientation ? orientation() : 1;
-        if (tag == 6)
-            turned = rotateImageCW(picture);
-        else if (tag == 8)
-            turned = rotateImageCCW(picture);
-        else if (tag == 3)
-            turned = rotateImage180(picture);
         autoRotated = tag == 6 || tag == 8 || tag == 3;
-        break;
+        if (tag == 6)
+            return rotateImageCW(picture);
+        if (tag == 8)
+            return rotateImageCCW(picture);
+        if (tag == 3)
+            return rotateImage180(picture);
+        return picture;
     }
     default:
-        break;
+        return picture;
     }
+}
 
-    const SizeF box{float(width), float(height)};
-    switch (scaleType) {
-    case ScaleType::ToWidth:
-        return scaleImageToWidth(turned, width, downOnly, scaleQuality, background);
-    case ScaleType::ToHeight:
-        return scaleImageToHeight(turned, height, downOnly, scaleQuality, background);
-    case ScaleType::Fit:
-        return scaleImageToFit(turned, box, downOnly, flipForPortrait, scaleQuality, background);
-    case ScaleType::Crop:
-        return cropImageToFit(turned, box, cropAreaPercentage, flipForPortrait, scaleQuality, background);
-    case ScaleType::Stretch:
-        return stretchImageToFit(turned, box, downOnly, flipForPortrait, scaleQuality, background);
-    case ScaleType::Percent:
-        return scaleImageByPercent(turned, percent, scaleQuality, background);
-    case ScaleType::Fill:
-        return scaleImageToFill(turned, box, downOnly, flipForPortrait, scaleQuality, background);
-    default:
-        return copyImage(turned, background);
-    }
+} // namespace
+
+Processed processImage(const Picture& picture, const OrientationSource& orientation, int rotation,
+                       const Sizing& sizing, const Background& background) {
+    Processed out;
+    const Picture upright = turned(picture, rotation, orientation, out.autoRotated);
+    // A plain copy keeps the default interpolation whatever "ScaleQuality"
+    // says; it only matters for a picture shrunk on load.
+    if (sizing.scaleType == ScaleType::None)
+        out.picture = copyImage(upright, background);
+    else
+        out.picture =
+            draw(upright, sizingLayout(sizing, logicalSize(upright)), sizing.interpolation, background);
+    return out;
 }
 
 } // namespace Geometry

@@ -3,6 +3,7 @@
 #include "engine/geometry/geometryerror.h"
 #include "engine/geometry/sizemath.h"
 #include "engine/picture.h"
+#include "settings/processingrequest.h"
 #include "settings/rgbacolor.h"
 
 #include <functional>
@@ -25,13 +26,17 @@ using Background = std::optional<RgbaColor>;
 // for automatic rotation.
 using OrientationSource = std::function<int()>;
 
-// Rotation by the "Rotation" code, then sizing by the "ScaleType" code.
-// Code 4 turns by the orientation (6 clockwise, 8 counter-clockwise, 3 half)
-// and only then sets autoRotated; unknown codes mean no rotation and a copy.
-Picture processImage(const Picture& picture, const OrientationSource& orientation, int rotation,
-                     bool& autoRotated, int scaleType, int width, int height, int percent, bool downOnly,
-                     int scaleQuality, bool flipForPortrait, int cropAreaPercentage,
-                     const Background& background);
+// What processImage made: the picture, and whether rotation code 4 turned it.
+struct Processed {
+    Picture picture;
+    bool autoRotated = false;
+};
+
+// Rotation by the "Rotation" code, then the sizing step. Code 4 turns by the
+// orientation (6 clockwise, 8 counter-clockwise, 3 half) and only then counts
+// as an automatic turn; unknown codes mean no rotation.
+Processed processImage(const Picture& picture, const OrientationSource& orientation, int rotation,
+                       const Sizing& sizing, const Background& background);
 
 // Quarter and half turns; the canvas is transparent and exactly covered.
 Picture rotateImageCW(const Picture& picture);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "settings/processingparams.h"
+#include "settings/processingrequest.h"
 
 namespace quillet {
 
@@ -9,6 +9,6 @@ namespace quillet {
 // the picture, else 1. `width` x `height` is the picture after any quarter-turn
 // rotation. Sizes that keep the picture (copy, down-only no-ops) and nearest-
 // neighbour scaling get 1, so their pixels are the file's own.
-int pipelineShrinkFactor(const ProcessingParams& params, int width, int height);
+int pipelineShrinkFactor(const Sizing& sizing, int width, int height);
 
 } // namespace quillet

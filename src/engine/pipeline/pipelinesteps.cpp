@@ -16,35 +16,23 @@ int orientationOf(const QString& path) {
     return orientation >= 1 && orientation <= 8 ? orientation : 1;
 }
 
-Picture processImage(const Picture& picture, const ProcessingParams& params, int orientation,
-                     bool& autoRotated) {
-    return Geometry::processImage(
-        picture, [orientation] { return orientation; }, params.intValue(ParamKey::Rotation), autoRotated,
-        params.intValue(ParamKey::ScaleType), params.intValue(ParamKey::Width),
-        params.intValue(ParamKey::Height), params.intValue(ParamKey::ScalePercent),
-        params.boolValue(ParamKey::ScaleDownOnly), params.intValue(ParamKey::ScaleQuality),
-        params.boolValue(ParamKey::FlipRatio), params.intValue(ParamKey::CropAreaPercentage),
-        params.canvasBackground());
-}
-
-void drawWatermarks(Picture& picture, const ProcessingParams& params, const std::optional<Picture>& watermark,
-                    const KVImageInfo* info, ActivityLog& log) {
-    if (params.boolValue(ParamKey::ImageWatermarkEnabled) && watermark)
-        drawWatermark(*watermark, picture, params.intValue(ParamKey::WatermarkLocation),
-                      params.intValue(ParamKey::WatermarkOpacity), log);
-    const QList<int> fields = params.intList(ParamKey::DynWatermarkFields);
-    if (params.boolValue(ParamKey::DynWatermarkEnabled) && !fields.isEmpty() && info) {
-        const QStringList texts = watermarkTexts(*info, fields);
+void drawWatermarks(Picture& picture, const ProcessingRequest& request,
+                    const std::optional<Picture>& watermark, const KVImageInfo* info, ActivityLog& log) {
+    const ProcessingRequest::ImageWatermark& image = request.imageWatermark;
+    if (image.enabled && watermark)
+        drawWatermark(*watermark, picture, image.location, image.opacity, log);
+    const ProcessingRequest::TextWatermark& text = request.textWatermark;
+    if (text.enabled && info) {
+        const QStringList texts = watermarkTexts(*info, text.fields);
         // Every field may come out empty; there is then nothing to draw.
         if (!texts.isEmpty())
-            drawStrings(texts, picture, params.intValue(ParamKey::DynWatermarkSize),
-                        params.intValue(ParamKey::DynWatermarkStyle), params.textBackgroundColor());
+            drawStrings(texts, picture, text.size, text.style, text.background);
     }
 }
 
-QByteArray encode(const Picture& picture, const ProcessingParams& params, ActivityLog& log) {
-    return OutputEncoder::dataForImage(picture, params.intValue(ParamKey::FileFormat), params.resolution(),
-                                       params.intValue(ParamKey::JpegQuality), params.sizeLimitBytes(), log);
+QByteArray encode(const Picture& picture, const ProcessingRequest& request, ActivityLog& log) {
+    return OutputEncoder::dataForImage(picture, request.format, request.resolution, request.jpegQuality,
+                                       request.sizeLimitBytes, log);
 }
 
 vips::VImage thumbnail(const Picture& picture) {

@@ -2,7 +2,7 @@
 
 #include "engine/picture.h"
 #include "metadata/kvimageinfo.h"
-#include "settings/processingparams.h"
+#include "settings/processingrequest.h"
 #include "support/activitylog.h"
 
 #include <QByteArray>
@@ -18,14 +18,11 @@ namespace PipelineSteps {
 
 // EXIF orientation of the file, 1 when it has none.
 int orientationOf(const QString& path);
-// Rotation and sizing; `orientation` serves rotation code 4.
-Picture processImage(const Picture& picture, const ProcessingParams& params, int orientation,
-                     bool& autoRotated);
-// Image and text watermarks as the settings ask.
-void drawWatermarks(Picture& picture, const ProcessingParams& params, const std::optional<Picture>& watermark,
-                    const KVImageInfo* info, ActivityLog& log);
+// Image and text watermarks as the request asks.
+void drawWatermarks(Picture& picture, const ProcessingRequest& request,
+                    const std::optional<Picture>& watermark, const KVImageInfo* info, ActivityLog& log);
 // The output bytes, empty on failure.
-QByteArray encode(const Picture& picture, const ProcessingParams& params, ActivityLog& log);
+QByteArray encode(const Picture& picture, const ProcessingRequest& request, ActivityLog& log);
 // The status thumbnail: fit into 64 x 64, never enlarged.
 vips::VImage thumbnail(const Picture& picture);
 // The watermark picture, none when the file does not load.

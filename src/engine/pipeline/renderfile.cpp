@@ -1,5 +1,6 @@
 #include "engine/pipeline/renderfile.h"
 
+#include "engine/geometry/geometry.h"
 #include "engine/pipeline/pictureloader.h"
 #include "engine/pipeline/pipelineshrink.h"
 #include "engine/pipeline/pipelinesteps.h"
@@ -19,7 +20,7 @@ bool isQuarterTurn(int rotation, int orientation) {
 }
 
 void render(RenderedFile& out, const RenderSettings& settings) {
-    const ProcessingParams& params = settings.params;
+    const ProcessingRequest& request = settings.request;
     const QFileInfo file(out.path);
     // A pipe or device would block or never end; only regular files are read.
     if (!file.isFile())
@@ -28,12 +29,12 @@ void render(RenderedFile& out, const RenderSettings& settings) {
     if (!header)
         return;
 
-    const int rotation = params.intValue(ParamKey::Rotation);
+    const int rotation = request.rotation;
     const int orientation = rotation == Rotation::Automatic ? PipelineSteps::orientationOf(out.path) : 1;
     int shrink = 1;
     if (header->isJpeg) {
         const bool swap = isQuarterTurn(rotation, orientation);
-        shrink = pipelineShrinkFactor(params, swap ? header->height : header->width,
+        shrink = pipelineShrinkFactor(request.sizing, swap ? header->height : header->width,
                                       swap ? header->width : header->height);
     }
     PictureLoader::Result loaded = PictureLoader::load(out.path, *header, shrink);
@@ -50,13 +51,15 @@ void render(RenderedFile& out, const RenderSettings& settings) {
     if (settings.needsInfo)
         out.info = KVImageInfo::fromFile(out.path, true, false);
 
-    Picture picture = PipelineSteps::processImage(loaded.picture, params, orientation, out.autoRotated);
+    Geometry::Processed processed = Geometry::processImage(
+        loaded.picture, [orientation] { return orientation; }, rotation, request.sizing, request.background);
+    Picture& picture = processed.picture;
+    out.autoRotated = processed.autoRotated;
     out.pictureLog.writeActivity(
         QString::asprintf("\tDimension: %.0f x %.0f\n", picture.width, picture.height));
-    if (params.boolValue(ParamKey::WatermarkEnabled))
-        PipelineSteps::drawWatermarks(picture, params, settings.watermark, out.info ? &*out.info : nullptr,
-                                      out.pictureLog);
-    out.bytes = PipelineSteps::encode(picture, params, out.encoderLog);
+    PipelineSteps::drawWatermarks(picture, request, settings.watermark, out.info ? &*out.info : nullptr,
+                                  out.pictureLog);
+    out.bytes = PipelineSteps::encode(picture, request, out.encoderLog);
     if (settings.wantsThumbnail) {
         // The thumbnail is only shown; the file is written without it.
         try {

@@ -3,7 +3,7 @@
 #include "engine/batch/batchlog.h"
 #include "engine/picture.h"
 #include "metadata/kvimageinfo.h"
-#include "settings/processingparams.h"
+#include "settings/processingrequest.h"
 
 #include <QByteArray>
 #include <QString>
@@ -34,7 +34,7 @@ struct RenderedFile {
 // What the pixel stage needs besides the file: shared read-only by every
 // render thread of a batch.
 struct RenderSettings {
-    ProcessingParams params;
+    ProcessingRequest request;
     std::optional<Picture> watermark;
     bool needsInfo = false;      // make RenderedFile::info
     bool wantsThumbnail = false; // make RenderedFile::thumbnail

@@ -52,12 +52,10 @@ TEST(Geometry, TurnsMoveCornersAndKeepPixelScale) {
 TEST(Geometry, AutomaticRotationFollowsOrientation) {
     const Picture picture = quadrants(30, 20);
     for (const auto& [orientation, width] : {std::pair{6, 20}, {8, 20}, {3, 30}, {1, 30}, {5, 30}}) {
-        bool autoRotated = false;
-        const Picture out =
-            Geometry::processImage(picture, [o = orientation] { return o; }, Rotation::Automatic, autoRotated,
-                                   ScaleType::None, 0, 0, 0, false, 3, false, 0, {});
-        EXPECT_EQ(out.image.width(), width) << orientation;
-        EXPECT_EQ(autoRotated, width == 20 || orientation == 3) << orientation;
+        const Geometry::Processed out = Geometry::processImage(picture, [o = orientation] { return o; },
+                                                               Rotation::Automatic, Sizing{}, {});
+        EXPECT_EQ(out.picture.image.width(), width) << orientation;
+        EXPECT_EQ(out.autoRotated, width == 20 || orientation == 3) << orientation;
     }
 }
 

@@ -53,7 +53,7 @@ TEST(ShrinkTest, ShrinkKeepsTheDecodedPictureAtLeastAsLargeAsItIsDrawn) {
         params.setBool(ParamKey::ScaleDownOnly, c.downOnly);
         if (c.nearestNeighbour)
             params.setInt(ParamKey::ScaleQuality, ScaleQuality::None);
-        EXPECT_EQ(pipelineShrinkFactor(params, 4000, 3000), c.expected)
+        EXPECT_EQ(pipelineShrinkFactor(ProcessingRequest::decode(params).sizing, 4000, 3000), c.expected)
             << "type " << c.scaleType << ", " << c.width << " x " << c.height << ", crop " << c.cropPercent;
     }
 }
