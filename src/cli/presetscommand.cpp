@@ -123,6 +123,8 @@ int runPresets(const QStringList& args) {
 
     const auto settings = SettingsStore::open();
     PresetStore store = PresetStore::load(*settings);
+    for (const QString& problem : store.problems())
+        std::fprintf(stderr, "quillet presets: %s\n", qPrintable(problem));
     if (command == QLatin1String("list"))
         return list(store);
     if (command == QLatin1String("show"))

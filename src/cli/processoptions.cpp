@@ -2,8 +2,10 @@
 
 #include "cli/processvalues.h"
 #include "settings/presetstore.h"
+#include "settings/settingsschema.h"
 #include "settings/userdefaults.h"
 
+#include <climits>
 #include <functional>
 #include <map>
 
@@ -33,19 +35,26 @@ struct Parser {
         }
         return args[at++];
     }
-    std::optional<int> intValue(const QString& name, int min, int max) {
+    // A refusal from the settings schema, prefixed with the option it came through.
+    bool refuse(const QString& name, const QString& message) {
+        return fail(name + QStringLiteral(": ") + message);
+    }
+    // A number for key, which the option may hold to a stricter minimum.
+    std::optional<int> intValue(const QString& name, const SettingKey& key) {
         const auto text = value(name);
         if (!text)
             return std::nullopt;
-        const auto number = ProcessValues::parseInt(*text, min, max);
-        if (!number)
-            fail(QStringLiteral("option '%1' wants a whole number from %2 to %3, not '%4'")
-                     .arg(name)
-                     .arg(min)
-                     .arg(max)
-                     .arg(*text));
+        const auto number = ProcessValues::parseInt(*text, INT_MIN, INT_MAX);
+        if (!number || !key.allows(*number)) {
+            refuse(name, key.refusal(SettingKey::shownValue(*text)));
+            return std::nullopt;
+        }
         return number;
     }
+    std::optional<int> intValue(const QString& name, const char* key, int minimum = INT_MIN) {
+        return intValue(name, SettingsSchema::entry(key).withMinimum(minimum));
+    }
+    // Every size of a box is one or more: an empty size means nothing here.
     bool box(const QString& name, int scaleType, bool withCrop = false) {
         const auto text = value(name);
         if (!text)
@@ -54,6 +63,16 @@ struct Parser {
         if (!size)
             return fail(QStringLiteral("option '%1' wants WIDTHxHEIGHT%2, not '%3'")
                             .arg(name, withCrop ? QStringLiteral("[@PERCENT]") : QString(), *text));
+        const std::pair<const char*, int> parts[] = {
+            {ParamKey::Width, size->width},
+            {ParamKey::Height, size->height},
+            {ParamKey::CropAreaPercentage, size->percent},
+        };
+        for (const auto& [key, number] : parts) {
+            const SettingKey entry = SettingsSchema::entry(key).withMinimum(1);
+            if (!entry.allows(number))
+                return refuse(name, entry.refusal(QString::number(number)));
+        }
         Params& p = request.params;
         p.setInt(ParamKey::ScaleType, scaleType);
         p.setInt(ParamKey::Width, size->width);
@@ -62,6 +81,24 @@ struct Parser {
             p.setInt(ParamKey::CropAreaPercentage, size->percent);
         return true;
     }
+    // One of key's choices, by its command-line word, or by its code when
+    // the choices have no words.
+    bool choice(const QString& name, const char* key, const std::function<void(int)>& apply) {
+        const SettingKey& entry = SettingsSchema::entry(key);
+        if (entry.words().isEmpty()) {
+            const auto code = intValue(name, entry);
+            return code && (apply(*code), true);
+        }
+        const auto text = value(name);
+        if (!text)
+            return false;
+        const auto code = entry.codeOfWord(*text);
+        if (!code)
+            return refuse(name, entry.wordRefusal(*text));
+        apply(*code);
+        return true;
+    }
+    // A choice of a running option, which the settings store does not keep.
     bool choice(const QString& name, const std::map<QString, int>& choices,
                 const std::function<void(int)>& apply) {
         const auto text = value(name);
@@ -82,13 +119,23 @@ struct Parser {
         const auto text = value(name);
         if (!text)
             return false;
+        const SettingKey& entry = SettingsSchema::entry(key);
         const auto parsed = ProcessValues::parseColor(*text);
-        if (!parsed)
-            return fail(QStringLiteral("option '%1' wants a colour such as #ffffff, #00000080 or "
-                                       "rgba(1, 1, 1, 0.5), not '%2'")
-                            .arg(name, *text));
-        request.params.setColor(QLatin1String(key), *parsed);
+        const auto good = parsed ? entry.checked(parsed->toVariant()) : std::nullopt;
+        if (!good)
+            return refuse(name, entry.refusal(SettingKey::shownValue(*text)) + QLatin1Char(' ') +
+                                    ProcessValues::colourHint());
+        request.params.values().insert(entry.key, *good);
         return true;
+    }
+    // Text for key, within its length.
+    std::optional<QString> textValue(const QString& name, const char* key) {
+        const auto v = value(name);
+        if (v && !SettingsSchema::entry(key).checked(*v)) {
+            refuse(name, SettingsSchema::entry(key).refusal(SettingKey::shownValue(*v)));
+            return std::nullopt;
+        }
+        return v;
     }
 
     bool option(const QString& name);
@@ -119,18 +166,13 @@ bool Parser::option(const QString& name) {
         return problem.isEmpty() || fail(problem);
     }
     if (name == QLatin1String("--rotate"))
-        return choice(name,
-                      {{QStringLiteral("none"), Rotation::None},
-                       {QStringLiteral("cw"), Rotation::Clockwise},
-                       {QStringLiteral("ccw"), Rotation::CounterClockwise},
-                       {QStringLiteral("180"), Rotation::HalfTurn},
-                       {QStringLiteral("auto"), Rotation::Automatic}},
-                      [&](int code) { p.setInt(ParamKey::Rotation, code); });
+        return choice(name, ParamKey::Rotation, [&](int code) { p.setInt(ParamKey::Rotation, code); });
     if (name == QLatin1String("--width") || name == QLatin1String("--height")) {
-        const auto v = intValue(name, 1, 1000000);
+        const bool width = name == QLatin1String("--width");
+        // Scaling to a width or height of nothing means nothing.
+        const auto v = intValue(name, width ? ParamKey::Width : ParamKey::Height, 1);
         if (!v)
             return false;
-        const bool width = name == QLatin1String("--width");
         p.setInt(ParamKey::ScaleType, width ? ScaleType::ToWidth : ScaleType::ToHeight);
         p.setInt(width ? ParamKey::Width : ParamKey::Height, *v);
         return true;
@@ -144,7 +186,7 @@ bool Parser::option(const QString& name) {
     if (name == QLatin1String("--crop"))
         return box(name, ScaleType::Crop, true);
     if (name == QLatin1String("--percent")) {
-        const auto v = intValue(name, 1, 10000);
+        const auto v = intValue(name, ParamKey::ScalePercent, 1);
         return v && (p.setInt(ParamKey::ScaleType, ScaleType::Percent), p.setInt(ParamKey::ScalePercent, *v),
                      true);
     }
@@ -155,32 +197,24 @@ bool Parser::option(const QString& name) {
     if (name == QLatin1String("--flip-portrait"))
         return setBool(ParamKey::FlipRatio, true);
     if (name == QLatin1String("--interpolation"))
-        return choice(name,
-                      {{QStringLiteral("default"), ScaleQuality::Default},
-                       {QStringLiteral("none"), ScaleQuality::None},
-                       {QStringLiteral("low"), ScaleQuality::Low},
-                       {QStringLiteral("high"), ScaleQuality::High}},
+        return choice(name, ParamKey::ScaleQuality,
                       [&](int code) { p.setInt(ParamKey::ScaleQuality, code); });
     if (name == QLatin1String("--format"))
-        return choice(name,
-                      {{QStringLiteral("jpeg"), FileFormat::Jpeg},
-                       {QStringLiteral("jpg"), FileFormat::Jpeg},
-                       {QStringLiteral("png"), FileFormat::Png},
-                       {QStringLiteral("tiff"), FileFormat::Tiff},
-                       {QStringLiteral("tif"), FileFormat::Tiff}},
-                      [&](int code) { p.setInt(ParamKey::FileFormat, code); });
+        return choice(name, ParamKey::FileFormat, [&](int code) { p.setInt(ParamKey::FileFormat, code); });
     if (name == QLatin1String("--quality")) {
-        const auto v = intValue(name, 0, 100);
+        const auto v = intValue(name, ParamKey::JpegQuality);
         return v && (p.setInt(ParamKey::JpegQuality, *v), true);
     }
     if (name == QLatin1String("--max-size")) {
-        const auto v = intValue(name, 1, 4000000);
+        // An option that switches the limit on wants a limit.
+        const auto v = intValue(name, ParamKey::SizeLimit, 1);
         return v && (p.setBool(ParamKey::HasFizeLimit, true), p.setInt(ParamKey::SizeLimit, *v), true);
     }
     if (name == QLatin1String("--no-max-size"))
         return setBool(ParamKey::HasFizeLimit, false);
     if (name == QLatin1String("--dpi")) {
-        const auto v = intValue(name, 1, 100000);
+        // The stored 0 stands for an emptied field, read as 72; asked for, it means nothing.
+        const auto v = intValue(name, ParamKey::Resolution, 1);
         return v && (p.setInt(ParamKey::Resolution, *v), true);
     }
     if (name == QLatin1String("--keep-exif") || name == QLatin1String("--no-keep-exif"))
@@ -190,7 +224,7 @@ bool Parser::option(const QString& name) {
     if (name == QLatin1String("--background"))
         return color(name, ParamKey::BackgroundColor);
     if (name == QLatin1String("--watermark")) {
-        const auto v = value(name);
+        const auto v = textValue(name, ParamKey::WatermarkPath);
         if (!v)
             return false;
         p.setBool(ParamKey::WatermarkEnabled, true);
@@ -199,73 +233,63 @@ bool Parser::option(const QString& name) {
         return true;
     }
     if (name == QLatin1String("--watermark-opacity")) {
-        const auto v = intValue(name, 0, 100);
+        const auto v = intValue(name, ParamKey::WatermarkOpacity);
         return v && (p.setInt(ParamKey::WatermarkOpacity, *v), true);
     }
-    if (name == QLatin1String("--watermark-location")) {
-        const auto v = intValue(name, 0, 7);
-        return v && (p.setInt(ParamKey::WatermarkLocation, *v), true);
-    }
+    if (name == QLatin1String("--watermark-location"))
+        return choice(name, ParamKey::WatermarkLocation,
+                      [&](int code) { p.setInt(ParamKey::WatermarkLocation, code); });
     if (name == QLatin1String("--text")) {
         const auto v = value(name);
         if (!v)
             return false;
         const auto fields = ProcessValues::parseTextFields(*v);
         if (!fields)
-            return fail(QStringLiteral("option '--text' wants field names separated by commas (%1), not '%2'")
-                            .arg(ProcessValues::textFieldNames().join(QStringLiteral(", ")), *v));
+            return refuse(
+                name,
+                SettingsSchema::entry(ParamKey::DynWatermarkFields).refusal(SettingKey::shownValue(*v)) +
+                    QStringLiteral(" (fields by name: %1)")
+                        .arg(ProcessValues::textFieldNames().join(QStringLiteral(", "))));
         p.setBool(ParamKey::WatermarkEnabled, true);
         p.setBool(ParamKey::DynWatermarkEnabled, true);
         p.setIntList(ParamKey::DynWatermarkFields, *fields);
         return true;
     }
-    if (name == QLatin1String("--text-size")) {
-        const auto v = intValue(name, 0, 100);
-        return v && (p.setInt(ParamKey::DynWatermarkSize, *v), true);
-    }
+    if (name == QLatin1String("--text-size"))
+        return choice(name, ParamKey::DynWatermarkSize,
+                      [&](int code) { p.setInt(ParamKey::DynWatermarkSize, code); });
     if (name == QLatin1String("--text-style"))
-        return choice(name,
-                      {{QStringLiteral("white-shadow"), TextStyle::WhiteShadow},
-                       {QStringLiteral("black"), TextStyle::Black},
-                       {QStringLiteral("black-glow"), TextStyle::BlackGlow}},
+        return choice(name, ParamKey::DynWatermarkStyle,
                       [&](int code) { p.setInt(ParamKey::DynWatermarkStyle, code); });
     if (name == QLatin1String("--text-background"))
         return color(name, ParamKey::DynWatermarkBackgroundColor);
 
     if (name == QLatin1String("--rename"))
-        return choice(name,
-                      {{QStringLiteral("keep"), Renamer::KeepName},
-                       {QStringLiteral("sequence"), Renamer::Sequence},
-                       {QStringLiteral("prefix-suffix"), Renamer::PrefixSuffix},
-                       {QStringLiteral("date"), Renamer::Date}},
-                      [&](int code) { r.setType(code); });
+        return choice(name, StoreKey::SelectedRename, [&](int code) { r.setType(code); });
     if (name == QLatin1String("--prefix") || name == QLatin1String("--suffix")) {
-        const auto v = value(name);
+        const bool prefix = name == QLatin1String("--prefix");
+        const auto v = textValue(name, prefix ? StoreKey::RenamePrefix : StoreKey::RenameSuffix);
         if (!v)
             return false;
-        name == QLatin1String("--prefix") ? r.setPrefix(*v) : r.setSuffix(*v);
+        prefix ? r.setPrefix(*v) : r.setSuffix(*v);
         return true;
     }
     if (name == QLatin1String("--digits")) {
-        const auto v = intValue(name, 0, 20);
+        const auto v = intValue(name, StoreKey::RenameDigits);
         return v && (r.setDigits(*v), true);
     }
     if (name == QLatin1String("--start")) {
-        const auto v = intValue(name, -1000000000, 1000000000);
+        const auto v = intValue(name, StoreKey::RenameStartFrom);
         return v && (r.setStartFrom(*v), true);
     }
     if (name == QLatin1String("--date-format")) {
-        const auto v = intValue(name, 0, int(r.dateFormats().size()) - 1);
+        const auto v = intValue(name, StoreKey::RenameDateFormatTag);
         return v && (r.setDateFormatTag(*v), true);
     }
     if (name == QLatin1String("--date-conflict"))
-        return choice(
-            name,
-            {{QStringLiteral("dash"), 0}, {QStringLiteral("underscore"), 1}, {QStringLiteral("space"), 2}},
-            [&](int tag) { r.setConflictFormatTag(tag); });
+        return choice(name, StoreKey::RenameConflictFormatTag, [&](int tag) { r.setConflictFormatTag(tag); });
     if (name == QLatin1String("--date-fallback"))
-        return choice(name, {{QStringLiteral("file-date"), 0}, {QStringLiteral("name"), 1}},
-                      [&](int tag) { r.setDateFallbackTag(tag); });
+        return choice(name, StoreKey::DateFallbackTag, [&](int tag) { r.setDateFallbackTag(tag); });
 
     if (name == QLatin1String("--creator")) {
         const auto v = value(name);
@@ -294,9 +318,13 @@ bool Parser::option(const QString& name) {
         return true;
     }
     if (name == QLatin1String("--jobs")) {
-        const auto v = intValue(name, 1, 64);
-        if (!v)
+        const auto text = value(name);
+        if (!text)
             return false;
+        const auto v = ProcessValues::parseInt(*text, 1, 64);
+        if (!v)
+            return fail(
+                QStringLiteral("option '%1' wants a whole number from 1 to 64, not '%2'").arg(name, *text));
         o.parallel = *v > 1;
         o.renderThreads = *v > 1 ? *v : 0;
         return true;
@@ -326,14 +354,17 @@ ProcessParse parseProcessArguments(const QStringList& args, QSettings& settings)
     parser.request.params = defaults.processingParams();
     parser.request.renamer = Renamer(settings);
     parser.request.options = BatchOptions::fromDefaults(defaults);
+    parser.request.notes = defaults.problems();
 
     // The preset comes first wherever it stands, so every other option refines it.
     for (int i = 0; i + 1 < args.size(); ++i) {
         if (args[i] == QLatin1String("--preset")) {
-            const auto preset = PresetStore::lookup(settings, args[i + 1]);
-            if (!preset)
+            const PresetStore store = PresetStore::load(settings);
+            const int index = store.indexOfName(args[i + 1]);
+            if (index < 0)
                 return {std::nullopt, QStringLiteral("no preset named '%1'").arg(args[i + 1])};
-            parser.request.params = *preset;
+            parser.request.params = store.presets().at(index);
+            parser.request.notes += store.problems();
         }
     }
 
@@ -360,8 +391,42 @@ ProcessParse parseProcessArguments(const QStringList& args, QSettings& settings)
     return {std::move(request), {}};
 }
 
+namespace {
+
+// A key's command-line words as "a|b|c", else its codes or range as "0-7".
+QString valuesOf(const SettingKey& key) {
+    if (!key.words().isEmpty())
+        return key.words().join(QLatin1Char('|'));
+    int low = key.min, high = key.max;
+    if (!key.choices.isEmpty()) {
+        low = key.choices.first().code;
+        high = key.choices.last().code;
+    }
+    return QStringLiteral("%1-%2").arg(low).arg(high);
+}
+
+// The words joined by ", ", broken into lines of the help's second column;
+// the first line starts at column `start`.
+QString wrapped(const QStringList& words, qsizetype start) {
+    const QString indent(29, QLatin1Char(' '));
+    QString out, line;
+    for (const QString& word : words) {
+        const QString piece = line.isEmpty() ? word : QStringLiteral(", ") + word;
+        if (start + line.size() + piece.size() > 79) {
+            out += line + QStringLiteral(",\n") + indent;
+            line = word;
+            start = indent.size();
+        } else {
+            line += piece;
+        }
+    }
+    return out + line;
+}
+
+} // namespace
+
 QString processUsage() {
-    return QStringLiteral(
+    QString usage = QStringLiteral(
         "Usage: quillet process [options] PATH... --dest DIR\n"
         "\n"
         "Converts pictures, and folder trees of pictures, into DIR. Each folder given\n"
@@ -370,7 +435,7 @@ QString processUsage() {
         "Settings (applied in order, after the reset defaults or --preset):\n"
         "  --preset NAME              start from a stored preset\n"
         "  --set KEY=VALUE            any key of the settings record (e.g. JpegQuality=90)\n"
-        "  --rotate cw|ccw|180|auto|none\n"
+        "  --rotate {Rotation}\n"
         "  --width N | --height N     scale to a width or a height\n"
         "  --fit WxH                  fit inside the box\n"
         "  --fill WxH                 fit inside the box and pad it with the background\n"
@@ -380,22 +445,23 @@ QString processUsage() {
         "  --no-scale                 keep the size\n"
         "  --down-only                never enlarge\n"
         "  --flip-portrait            turn the box for portrait pictures\n"
-        "  --interpolation default|none|low|high\n"
-        "  --format jpeg|png|tiff     --quality N (0-100)   --dpi N\n"
+        "  --interpolation {ScaleQuality}\n"
+        "  --format {FileFormat}   --quality N ({JpegQuality})   --dpi N\n"
         "  --max-size KB | --no-max-size   JPEG file size limit\n"
         "  --keep-exif | --no-keep-exif\n"
         "  --keep-transparency | --no-keep-transparency\n"
         "  --background COLOR         #rrggbb[aa], white, black, transparent\n"
-        "  --watermark FILE           image watermark; --watermark-opacity N, --watermark-location 0-7\n"
-        "  --text FIELD,...           text watermark of filename, dimensions, filesize, camera,\n"
-        "                             date, iso, flash, focal, focal35, exposure, aperture,\n"
-        "                             distance, bias, caption, comment\n"
-        "  --text-size N  --text-style white-shadow|black|black-glow  --text-background COLOR\n"
+        "  --watermark FILE           image watermark; --watermark-opacity N ({WatermarkOpacity}),\n"
+        "                             --watermark-location N ({WatermarkLocation})\n"
+        "  --text FIELD,...           text watermark of {DynWatermarkFields}\n"
+        "  --text-size N ({DynWatermarkSize})  --text-style {DynWatermarkStyle}\n"
+        "  --text-background COLOR\n"
         "\n"
         "Names (start from the stored renaming scheme):\n"
-        "  --rename keep|sequence|prefix-suffix|date\n"
-        "  --prefix TEXT  --suffix TEXT  --digits N  --start N\n"
-        "  --date-format N  --date-conflict dash|underscore|space  --date-fallback file-date|name\n"
+        "  --rename {SelectedRename}\n"
+        "  --prefix TEXT  --suffix TEXT  --digits N ({RenameDigits})  --start N\n"
+        "  --date-format N ({RenameDateFormatTag})  --date-conflict {RenameConflictFormatTag}\n"
+        "  --date-fallback {DateFallbackTag}\n"
         "\n"
         "Files (start from the stored preferences):\n"
         "  --copy-non-images | --skip-non-images\n"
@@ -411,6 +477,17 @@ QString processUsage() {
         "While running: p or space pauses and resumes, Ctrl-Z / fg too; Ctrl-C cancels\n"
         "after the current file. Exit status: 0 all files handled, 1 a folder or file\n"
         "could not be written or the run was cancelled, 2 bad usage.\n");
+    // Choices and ranges come from the settings schema, so the help and the
+    // parser cannot drift apart.
+    for (const SettingKey& key : SettingsSchema::keys()) {
+        const QString field = QLatin1Char('{') + key.key + QLatin1Char('}');
+        const qsizetype at = usage.indexOf(field);
+        if (at < 0)
+            continue;
+        const qsizetype column = at - usage.lastIndexOf(QLatin1Char('\n'), at) - 1;
+        usage.replace(field, key.type == SettingType::IntList ? wrapped(key.words(), column) : valuesOf(key));
+    }
+    return usage;
 }
 
 } // namespace quillet

@@ -27,6 +27,9 @@ struct ProcessRequest {
     bool conflictGiven = false; // --on-conflict was on the command line
     QString logFile;
     bool help = false;
+    // Stored settings that were refused and replaced by their defaults, one
+    // message each, for the tool to show before the batch.
+    QStringList notes;
 };
 
 // The outcome of parsing: a request, or the message of a usage error.

@@ -1,8 +1,10 @@
 #include "cli/processvalues.h"
 
+#include "settings/settingsschema.h"
+
 #include <QRegularExpression>
 
-#include <array>
+#include <climits>
 
 namespace quillet {
 
@@ -10,43 +12,20 @@ namespace ProcessValues {
 
 namespace {
 
-// Names of the text fields, indexed by field code.
-const std::array<const char*, 15> fieldNames = {
-    "filename", "dimensions", "filesize", "camera",   "date", "iso",     "flash",   "focal",
-    "focal35",  "exposure",   "aperture", "distance", "bias", "caption", "comment",
-};
+const SettingKey& fieldsKey() {
+    return SettingsSchema::entry(ParamKey::DynWatermarkFields);
+}
 
-const QStringList boolKeys = {
-    QLatin1String(ParamKey::FlipRatio),
-    QLatin1String(ParamKey::ScaleDownOnly),
-    QLatin1String(ParamKey::HasFizeLimit),
-    QLatin1String(ParamKey::PreserveHeader),
-    QLatin1String(ParamKey::PreserveTransparency),
-    QLatin1String(ParamKey::WatermarkEnabled),
-    QLatin1String(ParamKey::ImageWatermarkEnabled),
-    QLatin1String(ParamKey::DynWatermarkEnabled),
-};
-const QStringList intKeys = {
-    QLatin1String(ParamKey::Rotation),
-    QLatin1String(ParamKey::ScaleType),
-    QLatin1String(ParamKey::Width),
-    QLatin1String(ParamKey::Height),
-    QLatin1String(ParamKey::ScalePercent),
-    QLatin1String(ParamKey::CropAreaPercentage),
-    QLatin1String(ParamKey::ScaleQuality),
-    QLatin1String(ParamKey::Resolution),
-    QLatin1String(ParamKey::FileFormat),
-    QLatin1String(ParamKey::JpegQuality),
-    QLatin1String(ParamKey::SizeLimit),
-    QLatin1String(ParamKey::WatermarkOpacity),
-    QLatin1String(ParamKey::WatermarkLocation),
-    QLatin1String(ParamKey::DynWatermarkBackgroundOpacity),
-    QLatin1String(ParamKey::DynWatermarkSize),
-    QLatin1String(ParamKey::DynWatermarkStyle),
-};
-const QStringList stringKeys = {QLatin1String(ParamKey::Name), QLatin1String(ParamKey::WatermarkPath)};
-const QStringList colorKeys = {QLatin1String(ParamKey::BackgroundColor),
-                               QLatin1String(ParamKey::DynWatermarkBackgroundColor)};
+// Field names become their codes; anything else stays as written for the
+// key's own check to judge.
+QVariantList fieldItems(const QString& text) {
+    QVariantList items;
+    for (const QString& part : text.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+        const auto code = fieldsKey().codeOfWord(part);
+        items.append(code ? QVariant(*code) : QVariant(part.trimmed()));
+    }
+    return items;
+}
 
 std::optional<bool> parseBool(const QString& text) {
     const QString t = text.trimmed().toLower();
@@ -76,14 +55,14 @@ std::optional<Box> parseBox(const QString& text, bool withPercent) {
     if (!match.hasMatch() || (!withPercent && match.hasCaptured(3)))
         return std::nullopt;
     Box box;
-    const auto width = parseInt(match.captured(1), 1, 1000000);
-    const auto height = parseInt(match.captured(2), 1, 1000000);
+    const auto width = parseInt(match.captured(1), 0, INT_MAX);
+    const auto height = parseInt(match.captured(2), 0, INT_MAX);
     if (!width || !height)
         return std::nullopt;
     box.width = *width;
     box.height = *height;
     if (match.hasCaptured(3)) {
-        const auto percent = parseInt(match.captured(3), 1, 100);
+        const auto percent = parseInt(match.captured(3), 0, INT_MAX);
         if (!percent)
             return std::nullopt;
         box.percent = *percent;
@@ -128,29 +107,21 @@ std::optional<std::uint32_t> parseFourCharCode(const QString& text) {
     return code;
 }
 
+QString colourHint() {
+    return QStringLiteral("(#rgb, #rrggbb, #rrggbbaa, white, black and transparent are understood too)");
+}
+
 QStringList textFieldNames() {
-    QStringList names;
-    for (const char* name : fieldNames)
-        names.append(QLatin1String(name));
-    return names;
+    return fieldsKey().words();
 }
 
 std::optional<QList<int>> parseTextFields(const QString& text) {
-    QList<int> fields;
-    const QStringList names = textFieldNames();
-    for (const QString& part : text.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
-        const QString item = part.trimmed().toLower();
-        int code = int(names.indexOf(item));
-        if (code < 0) {
-            const auto number = parseInt(item, 0, int(names.size()) - 1);
-            if (!number)
-                return std::nullopt;
-            code = *number;
-        }
-        fields.append(code);
-    }
-    if (fields.isEmpty())
+    const auto checked = fieldsKey().checked(fieldItems(text));
+    if (!checked || checked->toList().isEmpty())
         return std::nullopt;
+    QList<int> fields;
+    for (const QVariant& code : checked->toList())
+        fields.append(code.toInt());
     return fields;
 }
 
@@ -160,38 +131,38 @@ QString applySetting(ProcessingParams& params, const QString& assignment) {
         return QStringLiteral("--set wants KEY=VALUE, not '%1'").arg(assignment);
     const QString key = assignment.left(equals).trimmed();
     const QString value = assignment.mid(equals + 1);
-    const auto bad = [&](const QString& kind) {
-        return QStringLiteral("--set %1 wants %2, not '%3'").arg(key, kind, value);
-    };
-    if (boolKeys.contains(key)) {
-        const auto on = parseBool(value);
-        if (!on)
-            return bad(QStringLiteral("true or false"));
-        params.setBool(key, *on);
-    } else if (intKeys.contains(key)) {
-        const auto number = parseInt(value, -1000000000, 1000000000);
-        if (!number)
-            return bad(QStringLiteral("a whole number"));
-        params.setInt(key, *number);
-    } else if (stringKeys.contains(key)) {
-        params.setString(key, value);
-    } else if (colorKeys.contains(key)) {
-        const auto color = parseColor(value);
-        if (!color)
-            return bad(QStringLiteral("a colour"));
-        params.setColor(key, *color);
-    } else if (key == QLatin1String(ParamKey::DynWatermarkFields)) {
-        if (value.trimmed().isEmpty()) {
-            params.setIntList(key, {});
-        } else {
-            const auto fields = parseTextFields(value);
-            if (!fields)
-                return bad(QStringLiteral("field codes or names separated by commas"));
-            params.setIntList(key, *fields);
-        }
-    } else {
+    const SettingKey* entry = SettingsSchema::find(key);
+    if (!entry || entry->group != SettingGroup::Processing)
         return QStringLiteral("--set: unknown key '%1'").arg(key);
+
+    std::optional<QVariant> parsed;
+    switch (entry->type) {
+    case SettingType::Int:
+        if (const auto n = parseInt(value, INT_MIN, INT_MAX))
+            parsed = entry->checked(*n);
+        break;
+    case SettingType::Bool:
+        if (const auto on = parseBool(value))
+            parsed = *on;
+        break;
+    case SettingType::String:
+        parsed = entry->checked(value);
+        break;
+    case SettingType::Colour:
+        if (const auto colour = parseColor(value))
+            parsed = entry->checked(colour->toVariant());
+        break;
+    case SettingType::IntList:
+        parsed = entry->checked(fieldItems(value));
+        break;
+    default:
+        break;
     }
+    if (!parsed) {
+        const QString hint = entry->type == SettingType::Colour ? QLatin1Char(' ') + colourHint() : QString();
+        return QStringLiteral("--set: ") + entry->refusal(SettingKey::shownValue(value)) + hint;
+    }
+    params.values().insert(key, *parsed);
     return {};
 }
 

@@ -23,20 +23,25 @@ struct Box {
 
 // A decimal integer within [min, max].
 std::optional<int> parseInt(const QString& text, int min, int max);
-// "WxH", and "WxH@P" when `withPercent`; sizes 1..1000000, percent 1..100.
+// "WxH", and "WxH@P" when `withPercent`, of whole numbers; the ranges are
+// left to the caller, which knows the keys they go to.
 std::optional<Box> parseBox(const QString& text, bool withPercent);
 // "#rgb", "#rrggbb", "#rrggbbaa", "white", "black", "transparent" or the
 // stored form "rgba(r, g, b, a)".
 std::optional<RgbaColor> parseColor(const QString& text);
 // Four ASCII characters, packed first byte most significant.
 std::optional<std::uint32_t> parseFourCharCode(const QString& text);
-// Comma-separated text-field names ("filename,date") or codes ("0,4").
+// Added to a refused colour: the forms parseColor() takes besides the stored one.
+QString colourHint();
+// Comma-separated text-field names ("filename,date") or codes ("0,4"), at
+// least one, each a field the record knows.
 std::optional<QList<int>> parseTextFields(const QString& text);
 QStringList textFieldNames();
 
-// Applies "Key=Value" to the record with the key's own type: Int, Bool
-// (true/false/yes/no/on/off/1/0), string, colour, or a comma-separated list
-// of Int for "DynWatermarkFields". Returns an error message, empty on success.
+// Applies "Key=Value" to the record with the key's own type and range: Int,
+// Bool (true/false/yes/no/on/off/1/0), string, colour, or a comma-separated
+// list of field codes or names for "DynWatermarkFields". Returns the refusal
+// message, prefixed with "--set: ", or empty on success.
 QString applySetting(ProcessingParams& params, const QString& assignment);
 
 } // namespace ProcessValues

@@ -1,5 +1,7 @@
 #include "settings/presetjson.h"
 
+#include "settings/settingsschema.h"
+
 #include <QFile>
 #include <QIODevice>
 #include <QJsonArray>
@@ -7,66 +9,14 @@
 #include <QJsonObject>
 #include <QSaveFile>
 
+#include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace quillet {
 
 namespace {
 
-enum class Kind { Int, Bool, String, Colour, IntList };
-
-struct KeyKind {
-    const char* key;
-    Kind kind;
-};
-
 namespace K = ParamKey;
-
-// Every key a preset may hold, with its type in the record.
-const KeyKind keyKinds[] = {
-    {K::Name, Kind::String},
-    {K::Rotation, Kind::Int},
-    {K::ScaleType, Kind::Int},
-    {K::Width, Kind::Int},
-    {K::Height, Kind::Int},
-    {K::ScalePercent, Kind::Int},
-    {K::CropAreaPercentage, Kind::Int},
-    {K::FlipRatio, Kind::Bool},
-    {K::ScaleDownOnly, Kind::Bool},
-    {K::ScaleQuality, Kind::Int},
-    {K::Resolution, Kind::Int},
-    {K::FileFormat, Kind::Int},
-    {K::JpegQuality, Kind::Int},
-    {K::HasFizeLimit, Kind::Bool},
-    {K::SizeLimit, Kind::Int},
-    {K::PreserveHeader, Kind::Bool},
-    {K::PreserveTransparency, Kind::Bool},
-    {K::BackgroundColor, Kind::Colour},
-    {K::WatermarkEnabled, Kind::Bool},
-    {K::ImageWatermarkEnabled, Kind::Bool},
-    {K::WatermarkPath, Kind::String},
-    {K::WatermarkOpacity, Kind::Int},
-    {K::WatermarkLocation, Kind::Int},
-    {K::DynWatermarkEnabled, Kind::Bool},
-    {K::DynWatermarkBackgroundColor, Kind::Colour},
-    {K::DynWatermarkBackgroundOpacity, Kind::Int},
-    {K::DynWatermarkSize, Kind::Int},
-    {K::DynWatermarkStyle, Kind::Int},
-    {K::DynWatermarkFields, Kind::IntList},
-};
-
-// Bounds that no real preset comes near; they keep a hostile file small.
-constexpr qsizetype maxNameLength = 255;
-constexpr qsizetype maxPathLength = 4096;
-constexpr qsizetype maxFields = 64;
-
-const KeyKind* kindOf(const QString& key) {
-    for (const KeyKind& entry : keyKinds)
-        if (key == QLatin1String(entry.key))
-            return &entry;
-    return nullptr;
-}
 
 [[noreturn]] void refuse(const QString& message) {
     throw PresetFileError(message.toStdString());
@@ -76,105 +26,86 @@ QString quoted(const QString& key) {
     return QLatin1Char('"') + key + QLatin1Char('"');
 }
 
-int integerOf(const QJsonValue& value, const QString& what) {
-    const double d = value.toDouble();
-    if (!value.isDouble() || !std::isfinite(d) || d != std::floor(d) || d < std::numeric_limits<int>::min() ||
-        d > std::numeric_limits<int>::max())
-        refuse(QStringLiteral("%1 must be a whole number").arg(what));
-    return static_cast<int>(d);
+// The value as messages show it, the same from a file as from the store.
+QString jsonText(const QJsonValue& value) {
+    return SettingKey::shownValue(value.toVariant());
 }
 
-bool isUnit(double v) {
-    return v >= 0.0 && v <= 1.0;
+// Whether the JSON type is the key's own: the file form is strict where a
+// settings store is not (no numbers written as text, no 1 for true).
+bool hasJsonType(const SettingKey& entry, const QJsonValue& value) {
+    switch (entry.type) {
+    case SettingType::Int:
+        return value.isDouble();
+    case SettingType::Bool:
+        return value.isBool();
+    case SettingType::String:
+    case SettingType::Colour:
+        return value.isString();
+    case SettingType::IntList: {
+        if (!value.isArray())
+            return false;
+        const QJsonArray array = value.toArray();
+        return std::all_of(array.begin(), array.end(),
+                           [](const QJsonValue& item) { return item.isDouble(); });
+    }
+    default:
+        return false;
+    }
 }
 
 void readKey(ProcessingParams& preset, const QString& key, const QJsonValue& value) {
     // An id belongs to the store it came from; a file may carry one, but it is
     // checked and dropped.
     if (key == QLatin1String(K::Id)) {
-        integerOf(value, quoted(key));
+        if (!value.isDouble() || value.toDouble() != std::floor(value.toDouble()))
+            refuse(QStringLiteral("%1 must be a whole number, not %2").arg(quoted(key), jsonText(value)));
         return;
     }
-    const KeyKind* entry = kindOf(key);
-    if (!entry)
+    const SettingKey* entry = SettingsSchema::find(key);
+    if (!entry || entry->group != SettingGroup::Processing)
         refuse(QStringLiteral("unknown key %1 in the preset").arg(quoted(key)));
-    const QString what = quoted(key);
-    switch (entry->kind) {
-    case Kind::Int:
-        preset.setInt(key, integerOf(value, what));
-        break;
-    case Kind::Bool:
-        if (!value.isBool())
-            refuse(QStringLiteral("%1 must be true or false").arg(what));
-        preset.setBool(key, value.toBool());
-        break;
-    case Kind::String: {
-        if (!value.isString())
-            refuse(QStringLiteral("%1 must be a string").arg(what));
-        const qsizetype limit = key == QLatin1String(K::Name) ? maxNameLength : maxPathLength;
-        if (value.toString().size() > limit)
-            refuse(QStringLiteral("%1 is longer than %2 characters").arg(what).arg(limit));
-        preset.setString(key, value.toString());
-        break;
-    }
-    case Kind::Colour: {
-        const std::optional<RgbaColor> colour =
-            value.isString() ? RgbaColor::fromVariant(value.toString()) : std::nullopt;
-        if (!colour || !isUnit(colour->red) || !isUnit(colour->green) || !isUnit(colour->blue) ||
-            !isUnit(colour->alpha))
-            refuse(QStringLiteral("%1 must be a colour \"rgba(r, g, b, a)\" with components from 0 to 1")
-                       .arg(what));
-        preset.setColor(key, *colour);
-        break;
-    }
-    case Kind::IntList: {
-        if (!value.isArray())
-            refuse(QStringLiteral("%1 must be an array of whole numbers").arg(what));
-        const QJsonArray array = value.toArray();
-        if (array.size() > maxFields)
-            refuse(QStringLiteral("%1 holds more than %2 entries").arg(what).arg(maxFields));
-        QList<int> list;
-        for (const QJsonValue& item : array)
-            list.append(integerOf(item, QStringLiteral("every entry of %1").arg(what)));
-        preset.setIntList(key, list);
-        break;
-    }
-    }
+    const std::optional<QVariant> good =
+        hasJsonType(*entry, value) ? entry->checked(value.toVariant()) : std::nullopt;
+    if (!good)
+        refuse(entry->refusal(jsonText(value)));
+    preset.values().insert(key, *good);
 }
 
-QJsonValue jsonOf(const ProcessingParams& preset, const KeyKind& entry) {
-    const QString key = QString::fromLatin1(entry.key);
-    switch (entry.kind) {
-    case Kind::Int:
+QJsonValue jsonOf(const ProcessingParams& preset, const SettingKey& entry) {
+    const QString& key = entry.key;
+    switch (entry.type) {
+    case SettingType::Int:
         return preset.intValue(key);
-    case Kind::Bool:
+    case SettingType::Bool:
         return preset.boolValue(key);
-    case Kind::String:
+    case SettingType::String:
         return preset.stringValue(key);
-    case Kind::Colour: {
+    case SettingType::Colour: {
         const std::optional<RgbaColor> colour = preset.colorValue(key);
         return colour ? QJsonValue(colour->toString()) : QJsonValue(QJsonValue::Undefined);
     }
-    case Kind::IntList: {
+    case SettingType::IntList: {
         QJsonArray array;
         for (int n : preset.intList(key))
             array.append(n);
         return array;
     }
+    default:
+        return QJsonValue(QJsonValue::Undefined);
     }
-    return QJsonValue(QJsonValue::Undefined);
 }
 
 } // namespace
 
 QByteArray PresetJson::toJson(const ProcessingParams& preset) {
     QJsonObject record;
-    for (const KeyKind& entry : keyKinds) {
-        if (!preset.contains(QString::fromLatin1(entry.key)))
+    for (const SettingKey* entry : SettingsSchema::group(SettingGroup::Processing)) {
+        if (!preset.contains(entry->key))
             continue;
-        const QJsonValue value = jsonOf(preset, entry);
+        const QJsonValue value = jsonOf(preset, *entry);
         if (!value.isUndefined())
-            record.insert(QString::fromLatin1(entry.key), value);
+            record.insert(entry->key, value);
     }
     QJsonObject top;
     top.insert(QStringLiteral("format"), QString::fromLatin1(FormatName));

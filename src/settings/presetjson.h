@@ -19,8 +19,9 @@ class PresetFileError : public std::runtime_error {
 
 // The shareable file form of one preset (described in docs/presets.md):
 //   {"format": "quillet-preset", "version": 1, "preset": {"Name": ..., ...}}
-// Reading is strict: every key must be a record key with its own type, and a
-// file that breaks any rule is refused whole.
+// Reading is strict: every key must be a record key with its own JSON type
+// and a value the settings schema allows, and a file that breaks any rule is
+// refused whole.
 namespace PresetJson {
 
 inline constexpr char FormatName[] = "quillet-preset";

@@ -1,6 +1,7 @@
 #include "settings/presetstore.h"
 
 #include "settings/presetnames.h"
+#include "settings/settingsschema.h"
 
 #include <QSettings>
 
@@ -37,11 +38,45 @@ QList<ProcessingParams> readRecords(QSettings& settings) {
     return records;
 }
 
+// Checks the record keys of a stored preset against the settings schema. A
+// refused value goes back to the reset record's value for its key (or goes,
+// for a key without one), with a message: the preset stays usable, and the
+// batch never sees a value the rest of the program would refuse. The corrected
+// record is what the load writes back. "Name" and "Id" are left to the
+// store's own rules, and keys the record does not know are carried as they are.
+void checkRecord(ProcessingParams& preset, int position, QStringList& problems) {
+    QVariantMap& values = preset.values();
+    for (auto it = values.begin(); it != values.end();) {
+        const SettingKey* entry = SettingsSchema::find(it.key());
+        if (!entry || entry->group != SettingGroup::Processing || it.key() == QLatin1String(ParamKey::Name)) {
+            ++it;
+            continue;
+        }
+        if (const auto good = entry->checked(it.value())) {
+            it.value() = *good;
+            ++it;
+            continue;
+        }
+        const QString name = nameOf(preset);
+        const QString which = name.isEmpty() ? QStringLiteral("preset %1").arg(position)
+                                             : QStringLiteral("preset \"%1\"").arg(name);
+        problems.append(QStringLiteral("%1: %2").arg(which, entry->refusal(it.value())));
+        if (entry->hasDefault()) {
+            it.value() = entry->defaultValue();
+            ++it;
+        } else {
+            it = values.erase(it);
+        }
+    }
+}
+
 } // namespace
 
 PresetStore PresetStore::load(QSettings& settings) {
     PresetStore store;
     store.m_presets = readRecords(settings);
+    for (int i = 0; i < store.count(); ++i)
+        checkRecord(store.m_presets[i], i + 1, store.m_problems);
 
     QStringList seen;
     for (ProcessingParams& preset : store.m_presets) {

@@ -26,7 +26,8 @@ class PresetStore {
 
     // Reads the presets (migrating the old storage once), makes the names
     // unique, gives every preset without an id a fresh one, and writes the
-    // result back.
+    // result back. A stored value that its key may not hold is set back to
+    // the key's reset value, with a message in problems().
     static PresetStore load(QSettings& settings);
     // The preset called name in the given store, for --preset NAME.
     static std::optional<ProcessingParams> lookup(QSettings& settings, const QString& name);
@@ -43,6 +44,9 @@ class PresetStore {
     int indexOfName(const QString& name) const;
     int indexOfId(int id) const;
     int nextId() const { return m_nextId; }
+    // One message per value load() set back, naming the preset, the key and
+    // the key's range; for the front end to show.
+    const QStringList& problems() const { return m_problems; }
 
     bool nameIsAcceptable(const QString& name) const;
     QString duplicateNameForPreset(int index) const;
@@ -72,6 +76,7 @@ class PresetStore {
 
     QList<ProcessingParams> m_presets;
     int m_nextId = 1;
+    QStringList m_problems;
 };
 
 } // namespace quillet

@@ -1,5 +1,7 @@
 #include "settings/processingparams.h"
 
+#include "settings/settingsschema.h"
+
 #include <QVariantList>
 
 namespace quillet {
@@ -18,37 +20,10 @@ QString FileFormat::extension(int format) {
 }
 
 ProcessingParams ProcessingParams::defaults() {
-    namespace K = ParamKey;
     ProcessingParams p;
-    p.setString(K::Name, QString());
-    p.setInt(K::Rotation, Rotation::None);
-    p.setInt(K::ScaleType, ScaleType::None);
-    p.setInt(K::Width, 0);
-    p.setInt(K::Height, 0);
-    p.setInt(K::ScalePercent, 100);
-    p.setInt(K::CropAreaPercentage, 0);
-    p.setBool(K::FlipRatio, false);
-    p.setBool(K::ScaleDownOnly, false);
-    p.setInt(K::ScaleQuality, ScaleQuality::High);
-    p.setInt(K::Resolution, 72);
-    p.setInt(K::FileFormat, FileFormat::Jpeg);
-    p.setInt(K::JpegQuality, 80);
-    p.setBool(K::HasFizeLimit, false);
-    p.setInt(K::SizeLimit, 0);
-    p.setBool(K::PreserveHeader, true);
-    p.setBool(K::PreserveTransparency, false);
-    p.setColor(K::BackgroundColor, RgbaColor::white());
-    p.setBool(K::WatermarkEnabled, false);
-    p.setBool(K::ImageWatermarkEnabled, false);
-    p.setInt(K::WatermarkOpacity, 100);
-    p.setInt(K::WatermarkLocation, 1);
-    p.setBool(K::DynWatermarkEnabled, false);
-    // Text shadows are always available here, so the shadowed style and a
-    // clear band are the reset state.
-    p.setColor(K::DynWatermarkBackgroundColor, RgbaColor::white(0.0));
-    p.setInt(K::DynWatermarkSize, 2);
-    p.setInt(K::DynWatermarkStyle, TextStyle::WhiteShadow);
-    p.setIntList(K::DynWatermarkFields, {});
+    for (const SettingKey* key : SettingsSchema::group(SettingGroup::Processing))
+        if (key->hasDefault())
+            p.m_values.insert(key->key, key->defaultValue());
     return p;
 }
 

@@ -93,7 +93,8 @@ class ProcessingParams {
     ProcessingParams() = default;
     explicit ProcessingParams(QVariantMap values) : m_values(std::move(values)) {}
 
-    // The record a freshly reset window produces.
+    // The record a freshly reset window produces: every record key with a
+    // default in the settings schema ("Name" empty, no "WatermarkPath").
     static ProcessingParams defaults();
 
     const QVariantMap& values() const { return m_values; }

@@ -1,50 +1,28 @@
 #include "settings/userdefaults.h"
 
+#include "settings/settingsschema.h"
+
 #include <QSettings>
-#include <QStandardPaths>
 
 namespace quillet {
 
-namespace {
-
-// Interim table of registered defaults; replaced by the settings schema.
-QVariant registeredDefault(const QString& key) {
-    static const QVariantMap defaults = [] {
-        QVariantMap map = ProcessingParams::defaults().values();
-        map.remove(QStringLiteral("Name"));
-        const QString home = QStandardPaths::writableLocation(QStandardPaths::HomeLocation);
-        const QString desktop = QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
-        const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-        map.insert(QStringLiteral("SingleFile"), 0);
-        map.insert(QStringLiteral("RevealFolder"), true);
-        map.insert(QStringLiteral("HideOnDeactivate"), false);
-        map.insert(QStringLiteral("HideToolTips"), false);
-        map.insert(QStringLiteral("BrushMetal"), false);
-        map.insert(QStringLiteral("OnTheFlyFolder"), true);
-        map.insert(QStringLiteral("Destinations"), QStringList{desktop, documents});
-        map.insert(QStringLiteral("SelectedDestination"), 0);
-        map.insert(QStringLiteral("ResolutionSet"), QStringList{"72", "144", "300", "600", "720"});
-        map.insert(QStringLiteral("SelectedRename"), 0);
-        map.insert(QStringLiteral("CopyNonImageFiles"), true);
-        map.insert(QStringLiteral("SetCreationDate"), false);
-        map.insert(QStringLiteral("SetModificationDate"), false);
-        map.insert(QStringLiteral("HideExtension"), true);
-        map.insert(QStringLiteral("CustomIcon"), false);
-        map.insert(QStringLiteral("SelectedPreset"), 0);
-        map.insert(QStringLiteral("ActivityLogVisible"), false);
-        map.insert(QStringLiteral("ShowAutoRotateHint"), true);
-        map.insert(QStringLiteral("ShowCustomIconHint"), true);
-        Q_UNUSED(home);
-        return map;
-    }();
-    return defaults.value(key);
+QVariant UserDefaults::registeredDefault(const QString& key) {
+    const SettingKey* entry = SettingsSchema::find(key);
+    return entry && entry->registered ? entry->defaultValue() : QVariant();
 }
 
-} // namespace
-
 QVariant UserDefaults::value(const QString& key) const {
-    if (m_store.contains(key))
-        return m_store.value(key);
+    const SettingKey* entry = SettingsSchema::find(key);
+    if (!m_store.contains(key))
+        return entry && entry->registered ? entry->defaultValue() : QVariant();
+    const QVariant stored = m_store.value(key);
+    if (!entry)
+        return stored;
+    if (const auto good = entry->checked(stored))
+        return *good;
+    const QString problem = entry->refusal(stored);
+    if (!m_problems.contains(problem))
+        m_problems.append(problem);
     return registeredDefault(key);
 }
 
@@ -71,13 +49,14 @@ void UserDefaults::setValue(const QString& key, const QVariant& value) {
 }
 
 ProcessingParams UserDefaults::processingParams() const {
-    ProcessingParams params = ProcessingParams::defaults();
-    for (auto it = params.values().begin(); it != params.values().end(); ++it)
-        if (m_store.contains(it.key()))
-            it.value() = m_store.value(it.key());
-    if (m_store.contains(QLatin1String(ParamKey::WatermarkPath)))
-        params.setString(ParamKey::WatermarkPath,
-                         m_store.value(QLatin1String(ParamKey::WatermarkPath)).toString());
+    ProcessingParams params;
+    for (const SettingKey* key : SettingsSchema::group(SettingGroup::Processing)) {
+        // The store keeps no "Name": the record gets the reset record's.
+        const QVariant v =
+            key->registered || m_store.contains(key->key) ? value(key->key) : key->defaultValue();
+        if (v.isValid())
+            params.values().insert(key->key, v);
+    }
     return params;
 }
 

@@ -14,14 +14,20 @@ namespace quillet {
 // registered default from the settings schema when the store holds no value
 // (QSettings has no registration domain of its own). Both front ends read the
 // store only through this, so the same store gives the same batch.
+//
+// A stored value of the wrong type or out of its range is refused where it is
+// read: the reading gets the registered default (or nothing, for a key that
+// has none) and problems() gains a message naming the key and its range.
+// The store itself is left as it is, so nothing is lost by reading.
 class UserDefaults {
   public:
     explicit UserDefaults(QSettings& store) : m_store(store) {}
 
     QSettings& store() const { return m_store; }
 
-    // The stored value, else the registered default; an invalid QVariant for
-    // a key that has neither.
+    // The stored value in its own type (ints as int even from an INI file),
+    // else the registered default; an invalid QVariant for a key that has
+    // neither. Keys the schema does not know come back as stored.
     QVariant value(const QString& key) const;
     bool boolValue(const QString& key) const;
     int intValue(const QString& key) const;
@@ -38,8 +44,18 @@ class UserDefaults {
     // Writes every key of the record but "Name" and "Id" to the store.
     void setProcessingParams(const ProcessingParams& params);
 
+    // The default the store answers for key, or an invalid QVariant when the
+    // key is not registered.
+    static QVariant registeredDefault(const QString& key);
+
+    // One message per refused stored value read so far, in the order met,
+    // for the front end to show: "JpegQuality" must be a whole number from 0
+    // to 100, not 500.
+    QStringList problems() const { return m_problems; }
+
   private:
     QSettings& m_store;
+    mutable QStringList m_problems;
 };
 
 } // namespace quillet

@@ -75,7 +75,7 @@ TEST_F(ProcessOptionsTest, BadUsageIsRefusedWithAMessage) {
         {"in", "--dest"},
         {"--dest out", "no pictures"},
         {"in --dest out --fit 320", "WIDTHxHEIGHT"},
-        {"in --dest out --fit 0x10", "WIDTHxHEIGHT"},
+        {"in --dest out --fit 0x10", "\"Width\" must be a whole number from 1 to"},
         {"in --dest out --fit 10x10@5", "WIDTHxHEIGHT"},
         {"in --dest out --quality 101", "0 to 100"},
         {"in --dest out --format gif", "jpeg"},

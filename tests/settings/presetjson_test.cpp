@@ -15,9 +15,9 @@ namespace K = ParamKey;
 ProcessingParams fullPreset() {
     ProcessingParams p = ProcessingParams::defaults();
     p.setString(K::Name, QStringLiteral("Web – small"));
-    p.setInt(K::Height, -3);
+    p.setInt(K::Height, 1000000);
     p.setColor(K::BackgroundColor, RgbaColor{0.1, 1.0 / 3.0, 0.7000000000000001, 1});
-    p.setIntList(K::DynWatermarkFields, {0, 4, 14, 99});
+    p.setIntList(K::DynWatermarkFields, {0, 4, 14, 4});
     return p;
 }
 
@@ -58,13 +58,13 @@ TEST(PresetJson, TruncatedWronglyTypedAndHugeInputIsRefused) {
         {head + R"(2, "preset": {"Name": "A"}})", "version"}, {head + "1}", "\"preset\" must be an object"},
         {head + R"(1, "preset": {"Name": "A"}, "x": 0})", "unknown key \"x\""},
         {withPreset(a + R"("HasSizeLimit": true})"), "unknown key \"HasSizeLimit\""},
-        {withPreset(R"({"Name": "   "})"), "no \"Name\""}, {withPreset(R"({"Name": 5})"), "\"Name\" must be a string"},
+        {withPreset(R"({"Name": "   "})"), "no \"Name\""}, {withPreset(R"({"Name": 5})"), "\"Name\" must be text of at most 255 characters, not 5"},
         {withPreset(a + R"("Width": 1.5})"), whole}, {withPreset(a + R"("Width": 3000000000})"), whole},
         {withPreset(a + R"("FlipRatio": 1})"), "true or false"},
         {withPreset(a + R"j("BackgroundColor": "rgba(2, 0, 0, 1)"})j"), "colour"},
-        {withPreset(a + R"("DynWatermarkFields": [1, "2"]})"), "every entry"},
-        {withPreset("{\"Name\": \"" + QByteArray(256, 'n') + "\"}"), "longer than"},
-        {withPreset(a + "\"DynWatermarkFields\": [" + QByteArray("1,").repeated(64) + "1]}"), "more than 64"},
+        {withPreset(a + R"("DynWatermarkFields": [1, "2"]})"), "a list of at most 64 whole numbers from 0 to 14, not [1, 2]"},
+        {withPreset("{\"Name\": \"" + QByteArray(256, 'n') + "\"}"), "at most 255 characters, not nnn"},
+        {withPreset(a + "\"DynWatermarkFields\": [" + QByteArray("1,").repeated(64) + "1]}"), "at most 64 whole numbers"},
         {withPreset(R"({"Name": "A"})") + QByteArray(1 << 20, ' '), "larger than"}};
     // clang-format on
     for (const auto& [bytes, messagePart] : cases)
