@@ -53,6 +53,10 @@ int runProcess(const QStringList& args) {
         return usageError(
             QStringLiteral("--on-conflict ask needs a terminal to ask on; use --on-conflict skip "
                            "or --on-conflict replace"));
+    // Stored values that were refused (a hand-edited store, an old preset):
+    // the batch runs with the defaults, and the user hears why.
+    for (const QString& note : request.notes)
+        std::fprintf(stderr, "quillet process: %s\n", note.toLocal8Bit().constData());
     for (const QString& path : request.paths)
         if (!QFileInfo::exists(path))
             std::fprintf(stderr, "quillet process: '%s' does not exist; left out\n",
