@@ -6,6 +6,7 @@
 #include "metadata/exifparser.h"
 #include "metadata/jpegsections.h"
 #include "metadata/orientationtag.h"
+#include "support/filesystem.h"
 
 #include <cstdio>
 #include <vector>
@@ -20,6 +21,26 @@ void quiet(JpegContext& ctx) {
     ctx.SupressNonFatalErrors = 1;
 }
 
+// Every file opened is the one buffer in memory.
+class InMemoryFiles final : public FileSystem {
+  public:
+    explicit InMemoryFiles(std::vector<uint8_t>& bytes) : m_bytes(bytes) {}
+    File open(const QByteArray& path, const char*) override {
+        return File(fmemopen(m_bytes.data(), m_bytes.size(), "r+"), path);
+    }
+
+  private:
+    std::vector<uint8_t>& m_bytes;
+};
+
+// Every file written goes nowhere.
+class DiscardingFiles final : public FileSystem {
+  public:
+    File open(const QByteArray& path, const char*) override {
+        return File(std::fopen("/dev/null", "wb"), path);
+    }
+};
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -28,14 +49,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         quiet(ctx);
         ctx.Info.FlashUsed = -1;
         if (ReadJpegBuffer(ctx, data, size, ReadMetadata)) {
-            CheckFileSkip(ctx);
             DiscardAllButExif(ctx);
             if (ctx.Info.ThumbnailPointer)
                 RemoveThumbnail(ctx, ctx.Info.ThumbnailPointer, ctx.Info.ThumbnailSize);
             if (ReadJpegBuffer(ctx, data, size, ReadImage)) {
-                MetadataFileOps sink;
-                sink.open = [](const char*, const char*) { return std::fopen("/dev/null", "wb"); };
-                ctx.FileOps = &sink;
+                DiscardingFiles sink;
+                ctx.Files = &sink;
                 WriteJpegFile(ctx, "sink");
             }
         }
@@ -52,11 +71,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     if (size > 0) {
         std::vector<uint8_t> file(data, data + size);
-        MetadataFileOps memory;
-        memory.open = [&file](const char*, const char*) { return fmemopen(file.data(), file.size(), "r+"); };
-        const int old = _getOrientation("memory", &memory);
+        InMemoryFiles memory(file);
+        const int old = _getOrientation("memory", memory);
         if (old != 0)
-            _setOrientation("memory", 1, &memory);
+            _setOrientation("memory", 1, memory);
     }
     return 0;
 }

@@ -1,9 +1,9 @@
 #include "inplace/filerotation.h"
 
-#include "inplace/inplacefilesystem.h"
 #include "inplace/jpegtranrunner.h"
 #include "metadata/kvimageinfo.h"
 #include "support/activitylog.h"
+#include "support/filesystem.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,6 +14,10 @@ namespace quillet {
 
 namespace {
 
+QByteArray native(const QString& path) {
+    return QFile::encodeName(path);
+}
+
 // Mode bits are checked as well as access(): root may write anywhere, but a
 // file or folder the user made read-only is still not ours to rewrite.
 bool writable(const QFileInfo& info) {
@@ -23,7 +27,7 @@ bool writable(const QFileInfo& info) {
 
 } // namespace
 
-FileRotation::FileRotation(JpegtranRunner& jpegtran, InplaceFileSystem& fileSystem, ActivityLog& log)
+FileRotation::FileRotation(JpegtranRunner& jpegtran, FileSystem& fileSystem, ActivityLog& log)
     : m_jpegtran(jpegtran), m_fileSystem(fileSystem), m_log(log) {}
 
 QString FileRotation::temporaryPath(const QString& path) {
@@ -62,7 +66,7 @@ FileRotation::Outcome FileRotation::rotate(const QString& path, int degrees, boo
         return fail(QStringLiteral("'%1' is a folder\n"), name);
     const bool automatic = degrees == 0;
     if (automatic) {
-        degrees = degreesForOrientation(KVImageInfo::orientationForPath(path));
+        degrees = degreesForOrientation(KVImageInfo::orientationForPath(path, m_fileSystem));
         if (degrees == 0) {
             m_log.writeActivity(QStringLiteral("Skipping '%1'\n").arg(name));
             return Outcome::Skipped;
@@ -74,25 +78,25 @@ FileRotation::Outcome FileRotation::rotate(const QString& path, int degrees, boo
         return fail(QStringLiteral("'%1' is read-only\n"), name);
 
     const QString marker = temporaryPath(path);
-    if (InplaceFileSystem::exists(marker)) // a leftover that could not be put back
+    if (FileSystem::exists(marker)) // a leftover that could not be put back
         return fail(QStringLiteral("'%1' has an interrupted rotation that could not be undone\n"), name);
     QString source = marker;
     if (keepBackup) {
-        if (!m_fileSystem.makeFolder(info.absolutePath() + QLatin1Char('/') +
-                                     QLatin1String(BackupFolderName)))
+        if (!m_fileSystem.ensureFolder(info.absolutePath() + QLatin1Char('/') +
+                                       QLatin1String(BackupFolderName)))
             return fail(QStringLiteral("Unable to make the backup folder for '%1'\n"), name);
         source = backupPath(path);
-        if (!m_fileSystem.link(path, marker))
+        if (!m_fileSystem.linkOrCopy(path, marker))
             return fail(QStringLiteral("Unable to back up '%1'\n"), name);
         // After a restore the backup can be another name of the file itself; a
         // rename between two names of one file does nothing, and the tool would
         // then write over the very original it reads.
-        if (InplaceFileSystem::sameFile(path, source))
-            m_fileSystem.remove(source);
+        if (FileSystem::sameFile(path, source))
+            m_fileSystem.remove(native(source));
     }
-    if (!m_fileSystem.rename(path, source)) {
+    if (!m_fileSystem.rename(native(path), native(source))) {
         if (keepBackup)
-            m_fileSystem.remove(marker);
+            m_fileSystem.remove(native(marker));
         return fail(QStringLiteral("Unable to move '%1' aside\n"), name);
     }
 
@@ -104,9 +108,9 @@ FileRotation::Outcome FileRotation::rotate(const QString& path, int degrees, boo
         failure = QStringLiteral("Unable to run jpegtran on '%1'\n");
     else if (status != 0)
         failure = QStringLiteral("'%1' is not a JPEG\n");
-    else if (KVImageInfo::copyInfoFromPath(source, path) != 1)
+    else if (KVImageInfo::copyInfoFromPath(source, path, m_fileSystem) != 1)
         failure = QStringLiteral("Unable to copy the EXIF data into '%1'\n");
-    else if (automatic && KVImageInfo::setOrientation(1, path) == 0)
+    else if (automatic && KVImageInfo::setOrientation(1, path, m_fileSystem) == 0)
         failure = QStringLiteral("Unable to reset the orientation of '%1'\n");
     if (!failure.isEmpty()) {
         putBack(path, source, marker);
@@ -115,33 +119,33 @@ FileRotation::Outcome FileRotation::rotate(const QString& path, int degrees, boo
 
     // The tool and the EXIF rewrite make new files; keep the original's mode.
     QFile::setPermissions(path, QFileInfo(source).permissions());
-    m_fileSystem.remove(marker);
+    m_fileSystem.remove(native(marker));
     m_log.writeActivity(QStringLiteral("Rotated '%1'\n").arg(name));
     return Outcome::Rotated;
 }
 
 void FileRotation::putBack(const QString& path, const QString& source, const QString& marker) {
     // The rename replaces whatever the tool left at the path.
-    if (!m_fileSystem.rename(source, path)) {
+    if (!m_fileSystem.rename(native(source), native(path))) {
         m_log.writeWarningActivity(QStringLiteral("Unable to put back '%1'; the original is '%2'\n")
                                        .arg(QFileInfo(path).fileName(), source));
         return;
     }
     if (source != marker)
-        m_fileSystem.remove(marker);
+        m_fileSystem.remove(native(marker));
 }
 
 bool FileRotation::restoreLeftover(const QString& path) {
     const QString marker = temporaryPath(path);
-    if (!InplaceFileSystem::exists(marker))
+    if (!FileSystem::exists(marker))
         return true;
     const QString name = QFileInfo(path).fileName();
     // Interrupted before the original was moved, or after it was put back.
-    if (InplaceFileSystem::sameFile(marker, path))
-        return m_fileSystem.remove(marker);
+    if (FileSystem::sameFile(marker, path))
+        return m_fileSystem.remove(native(marker));
     // Otherwise the run never finished: whatever stands at the path (nothing, a
     // part-written file, or a turned copy not yet given its EXIF) is its output.
-    if (!QFileInfo(marker).isFile() || !m_fileSystem.rename(marker, path)) {
+    if (!QFileInfo(marker).isFile() || !m_fileSystem.rename(native(marker), native(path))) {
         m_log.writeWarningActivity(
             QStringLiteral("Unable to put back '%1' from '%2'\n").arg(name, QFileInfo(marker).fileName()));
         return false;
@@ -166,7 +170,7 @@ void FileRotation::restoreLeftovers(const QStringList& paths) {
             {prefix + QLatin1Char('*')}, QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
         for (const QString& leftover : leftovers) {
             const QString target = folder + QLatin1Char('/') + leftover.mid(prefix.size());
-            if (listed.contains(target) || !InplaceFileSystem::exists(target))
+            if (listed.contains(target) || !FileSystem::exists(target))
                 restoreLeftover(target);
         }
     }

@@ -6,7 +6,7 @@
 namespace quillet {
 
 class ActivityLog;
-class InplaceFileSystem;
+class FileSystem;
 class JpegtranRunner;
 
 // Turns one JPEG in place through jpegtran, and puts back an original that an
@@ -22,7 +22,7 @@ class FileRotation {
 
     static constexpr char BackupFolderName[] = "Quillet Originals";
 
-    FileRotation(JpegtranRunner& jpegtran, InplaceFileSystem& fileSystem, ActivityLog& log);
+    FileRotation(JpegtranRunner& jpegtran, FileSystem& fileSystem, ActivityLog& log);
 
     // _rotateFile:by: degrees 90, 180 or 270, or 0 to turn the picture upright
     // from its orientation tag (then reset to 1). The user's file is never
@@ -51,7 +51,7 @@ class FileRotation {
     Outcome fail(const QString& format, const QString& name);
 
     JpegtranRunner& m_jpegtran;
-    InplaceFileSystem& m_fileSystem;
+    FileSystem& m_fileSystem;
     ActivityLog& m_log;
 };
 

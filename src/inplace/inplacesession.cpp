@@ -6,7 +6,7 @@
 namespace quillet {
 
 InplaceSession::InplaceSession(ActivityLog& log, InplaceView& view, std::unique_ptr<JpegtranRunner> jpegtran,
-                               InplaceFileSystem* fileSystem)
+                               FileSystem& fileSystem)
     : m_log(log), m_view(view), m_processor(*this, std::move(jpegtran), fileSystem) {
     m_keepBackup = SettingsStore::open()->value(QLatin1String(KeepBackupKey), false).toBool();
 }

@@ -46,7 +46,7 @@ class InplaceSession final : public InplaceDelegate {
 
     // keepBackup starts from the "KeepBackup" setting.
     InplaceSession(ActivityLog& log, InplaceView& view, std::unique_ptr<JpegtranRunner> jpegtran = {},
-                   InplaceFileSystem* fileSystem = nullptr);
+                   FileSystem& fileSystem = FileSystem::standard());
 
     // The drop: puts the progress sheet up and starts the run. False when
     // nothing was started (no files, or a run is still going). Throws

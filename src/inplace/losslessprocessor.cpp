@@ -2,7 +2,6 @@
 
 #include "inplace/filerotation.h"
 #include "inplace/inplacedelegate.h"
-#include "inplace/inplacefilesystem.h"
 #include "inplace/jpegtranrunner.h"
 #include "metadata/kvimageinfo.h"
 #include "support/customicon.h"
@@ -13,10 +12,10 @@
 namespace quillet {
 
 LosslessProcessor::LosslessProcessor(InplaceDelegate& controller, std::unique_ptr<JpegtranRunner> jpegtran,
-                                     InplaceFileSystem* fileSystem)
+                                     FileSystem& fileSystem)
     : m_controller(controller),
       m_jpegtran(jpegtran ? std::move(jpegtran) : std::make_unique<JpegtranRunner>()),
-      m_fileSystem(fileSystem ? *fileSystem : InplaceFileSystem::standard()) {}
+      m_fileSystem(fileSystem) {}
 
 LosslessProcessor::~LosslessProcessor() {
     wait();
@@ -121,7 +120,8 @@ void LosslessProcessor::resetDatesForFile(const QString& path) {
     if (!info || !info->creationDate().isValid())
         return; // no date: the file is left alone, without a message
     const QDateTime date = info->creationDate();
-    FileAttributes::setAttributes(path, 0, 0, false, date, m_resetModificationDate ? date : QDateTime());
+    FileAttributes::setAttributes(path, 0, 0, false, date, m_resetModificationDate ? date : QDateTime(),
+                                  m_fileSystem);
 }
 
 } // namespace quillet

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "inplace/jpegtranrunner.h"
+#include "support/filesystem.h"
 
 #include <QStringList>
 
@@ -11,7 +12,6 @@
 namespace quillet {
 
 class InplaceDelegate;
-class InplaceFileSystem;
 
 // Changes the user's own files where they lie: lossless JPEG rotation through
 // jpegtran, file dates from the EXIF capture date, and custom icons. Each run
@@ -22,7 +22,7 @@ class LosslessProcessor {
     // The delegate is not owned and must outlive the processor. Without a
     // runner, jpegtran is looked up on PATH or through QUILLET_JPEGTRAN.
     explicit LosslessProcessor(InplaceDelegate& controller, std::unique_ptr<JpegtranRunner> jpegtran = {},
-                               InplaceFileSystem* fileSystem = nullptr);
+                               FileSystem& fileSystem = FileSystem::standard());
     // Waits for a run still going.
     ~LosslessProcessor();
     LosslessProcessor(const LosslessProcessor&) = delete;
@@ -60,7 +60,7 @@ class LosslessProcessor {
 
     InplaceDelegate& m_controller;
     std::unique_ptr<JpegtranRunner> m_jpegtran;
-    InplaceFileSystem& m_fileSystem;
+    FileSystem& m_fileSystem;
     bool m_synchronous = false;
 
     // The current run's settings; written only while no run is going.

@@ -22,21 +22,4 @@ size_t MemoryByteSource::read(uint8_t* into, size_t n) {
     return count;
 }
 
-FileHandle& FileHandle::operator=(FileHandle&& other) noexcept {
-    if (this != &other) {
-        close();
-        m_file = other.m_file;
-        other.m_file = nullptr;
-    }
-    return *this;
-}
-
-bool FileHandle::close() {
-    if (!m_file)
-        return true;
-    const bool ok = std::fclose(m_file) == 0;
-    m_file = nullptr;
-    return ok;
-}
-
 } // namespace quillet

@@ -44,24 +44,4 @@ class MemoryByteSource final : public ByteSource {
     size_t m_pos = 0;
 };
 
-// Owns a FILE and closes it; not copyable, movable.
-class FileHandle {
-  public:
-    FileHandle() = default;
-    explicit FileHandle(FILE* file) : m_file(file) {}
-    FileHandle(const FileHandle&) = delete;
-    FileHandle& operator=(const FileHandle&) = delete;
-    FileHandle(FileHandle&& other) noexcept : m_file(other.m_file) { other.m_file = nullptr; }
-    FileHandle& operator=(FileHandle&& other) noexcept;
-    ~FileHandle() { close(); }
-
-    FILE* get() const { return m_file; }
-    explicit operator bool() const { return m_file != nullptr; }
-    // Closes now; false when buffered data could not be written out.
-    bool close();
-
-  private:
-    FILE* m_file = nullptr;
-};
-
 } // namespace quillet

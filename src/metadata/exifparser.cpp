@@ -433,10 +433,7 @@ long long RemoveThumbnail(JpegContext& ctx, uint8_t* buffer, uint32_t length) {
         if (!data.empty() && buffer >= data.data() && buffer < data.data() + data.size())
             limit = data.data() + data.size();
     }
-    const int showTags = ctx.ShowTags;
-    ctx.ShowTags = 0;
     process_EXIF(ctx, buffer, length, limit);
-    ctx.ShowTags = showTags;
 
     // The directory may belong to the block parsed before this call (the
     // transfer passes the thumbnail's bytes here), so work in its own buffer.

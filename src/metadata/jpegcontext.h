@@ -3,11 +3,12 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
-#include <functional>
 #include <string>
 #include <vector>
 
 namespace quillet {
+
+class FileSystem;
 
 // State of one JPEG/EXIF call: the section list, the EXIF record and the
 // parser's working values. Every entry point of the byte layer takes one of
@@ -59,18 +60,6 @@ struct ImageInfo {
     uint8_t* DatePointer = nullptr;
 };
 
-// File-system calls the transfer and the orientation tag make, so a test can
-// make them fail (a full disk, a rename that fails, a file that won't open).
-struct MetadataFileOps {
-    std::function<FILE*(const char* path, const char* mode)> open = [](const char* p, const char* m) {
-        return std::fopen(p, m);
-    };
-    std::function<int(const char* from, const char* to)> rename = [](const char* f, const char* t) {
-        return std::rename(f, t);
-    };
-    std::function<int(const char* path)> remove = [](const char* p) { return std::remove(p); };
-};
-
 // Where messages go by default. The byte layer's "standard output" messages
 // can be sent elsewhere (the info command keeps its stdout for records).
 // Both default to stdout and stderr; a null stream discards.
@@ -85,11 +74,7 @@ struct JpegContext {
 
     ImageInfo Info;
     std::string CurrentFile; // empty: no file in hand
-    int ShowTags = 0;
     int SupressNonFatalErrors = 0;
-    int ExifOnly = 0;
-    const char* FilterModel = nullptr;
-    int FilesMatched = 0;
 
     // EXIF parser working values.
     int MotorolaOrder = 0;
@@ -112,10 +97,11 @@ struct JpegContext {
 
     FILE* OutStream = stdout;
     FILE* ErrStream = stderr;
-    const MetadataFileOps* FileOps = nullptr; // null: the plain calls
+    FileSystem* Files = nullptr; // null: the standard one
 };
 
-const MetadataFileOps& fileOps(const JpegContext& ctx);
+// The file system the context's calls go through.
+FileSystem& fileSystem(const JpegContext& ctx);
 
 // Messages (jpegsections.cpp). ErrFatal reports and returns: the caller fails
 // the step that called it. ErrNonfatal takes a printf format with two ints.

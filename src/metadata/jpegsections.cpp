@@ -1,6 +1,7 @@
 #include "metadata/jpegsections.h"
 
 #include "metadata/exifparser.h"
+#include "support/filesystem.h"
 
 #include <atomic>
 #include <cstdarg>
@@ -60,15 +61,11 @@ void storeComment(JpegContext& ctx, const Section& section) {
 
 void storeFrame(JpegContext& ctx, const Section& section, int marker) {
     const uint8_t* data = section.Data.data(); // padded: short frames read zeros
-    const int precision = data[2];
     ctx.Info.Height = data[3] * 256 + data[4];
     ctx.Info.Width = data[5] * 256 + data[6];
     const int components = data[7];
     ctx.Info.IsColor = components == 3 ? 1 : 0;
     ctx.Info.Process = marker;
-    if (ctx.ShowTags)
-        printOut(ctx, "JPEG image is %uw * %uh, %d color components, %d bits per sample\n",
-                 unsigned(ctx.Info.Width), unsigned(ctx.Info.Height), components, precision);
 }
 
 void dropLast(JpegContext& ctx) {
@@ -116,9 +113,8 @@ void setMetadataMessageStreams(FILE* out, FILE* err) {
 
 JpegContext::JpegContext() : OutStream(defaultOut.load()), ErrStream(defaultErr.load()) {}
 
-const MetadataFileOps& fileOps(const JpegContext& ctx) {
-    static const MetadataFileOps plain;
-    return ctx.FileOps ? *ctx.FileOps : plain;
+FileSystem& fileSystem(const JpegContext& ctx) {
+    return ctx.Files ? *ctx.Files : FileSystem::standard();
 }
 
 void printOut(JpegContext& ctx, const char* format, ...) {
@@ -241,11 +237,8 @@ int ReadJpegSections(JpegContext& ctx, ByteSource& source, int mode) {
             }
             break;
         default:
-            if (isSof(marker)) {
+            if (isSof(marker))
                 storeFrame(ctx, section, marker);
-            } else if (ctx.ShowTags) {
-                printOut(ctx, "Jpeg section marker 0x%02x size %d\n", marker, int(length));
-            }
             break;
         }
     }
@@ -260,7 +253,7 @@ static int finishRead(JpegContext& ctx, int ok, const char* name) {
 }
 
 int ReadJpegFile(JpegContext& ctx, const char* path, int mode) {
-    FileHandle file(fileOps(ctx).open(path, "rb"));
+    File file = fileSystem(ctx).open(path, "rb");
     if (!file) {
         printErr(ctx, "can't open '%s'\n", path);
         return 0;
@@ -319,40 +312,39 @@ void DiscardAllButExif(JpegContext& ctx) {
 }
 
 int WriteJpegFile(JpegContext& ctx, const char* path) {
-    FileHandle file(fileOps(ctx).open(path, "wb"));
+    File file = fileSystem(ctx).open(path, "wb");
     if (!file) {
         ErrFatal(ctx, "Could not open file for write");
         return 0;
     }
-    const bool ok = WriteJpegStream(ctx, file.get());
+    const bool ok = WriteJpegStream(ctx, file);
     return file.close() && ok ? 1 : 0;
 }
 
-bool WriteJpegStream(JpegContext& ctx, FILE* out) {
+bool WriteJpegStream(JpegContext& ctx, File& out) {
     if (!ctx.HaveAll)
         ErrFatal(ctx, "Can't write back - didn't read all"); // and carries on, as it always has
-    bool ok = std::fputc(0xFF, out) != EOF && std::fputc(0xD8, out) != EOF;
+    FileSystem& files = fileSystem(ctx);
+    bool ok = true;
+    const auto put = [&](const void* data, size_t size) { ok = ok && files.write(out, data, size); };
+    const auto marker = [&](int type) {
+        const uint8_t bytes[2] = {0xFF, uint8_t(type & 0xFF)};
+        put(bytes, 2);
+    };
+    marker(0xD8);
     if (ctx.SectionsRead > 0 && ctx.Sections[0].Type != 0xE0 && ctx.Sections[0].Type != 0xE1)
-        ok = ok && std::fwrite(JfifHead, 1, sizeof JfifHead, out) == sizeof JfifHead;
+        put(JfifHead, sizeof JfifHead);
     // An empty list writes only the SOI: there is no image-data entry to end it.
     for (int a = 0; a < ctx.SectionsRead - 1; a++) {
         const Section& section = ctx.Sections[size_t(a)];
-        ok = ok && std::fputc(0xFF, out) != EOF && std::fputc(section.Type & 0xFF, out) != EOF;
-        ok = ok && std::fwrite(section.Data.data(), 1, section.Size, out) == section.Size;
+        marker(section.Type);
+        put(section.Data.data(), section.Size);
     }
     if (ctx.SectionsRead > 0) {
         const Section& last = ctx.Sections[size_t(ctx.SectionsRead - 1)];
-        ok = ok && std::fwrite(last.Data.data(), 1, last.Size, out) == last.Size;
+        put(last.Data.data(), last.Size);
     }
     return ok;
-}
-
-int CheckFileSkip(JpegContext& ctx) {
-    if (ctx.FilterModel && !std::strstr(ctx.Info.CameraModel, ctx.FilterModel))
-        return 1;
-    if (ctx.ExifOnly && !FindSection(ctx, 0xE1))
-        return 1;
-    return 0;
 }
 
 } // namespace quillet

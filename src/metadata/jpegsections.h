@@ -2,6 +2,7 @@
 
 #include "metadata/bytesource.h"
 #include "metadata/jpegcontext.h"
+#include "support/file.h"
 
 namespace quillet {
 
@@ -24,8 +25,8 @@ Section* FindSection(JpegContext& ctx, int type);
 void DiscardAllButExif(JpegContext& ctx);
 // Writes the list as a JPEG file; 1 when every byte reached the disk.
 int WriteJpegFile(JpegContext& ctx, const char* path);
-// The body of WriteJpegFile on an open stream; true when every byte went out.
-bool WriteJpegStream(JpegContext& ctx, FILE* out);
-int CheckFileSkip(JpegContext& ctx);
+// The body of WriteJpegFile on an open file, written through the context's
+// file system; true when every byte went out.
+bool WriteJpegStream(JpegContext& ctx, File& out);
 
 } // namespace quillet

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/filesystem.h"
+
 #include <vips/vips8>
 
 #include <QDateTime>
@@ -62,10 +64,12 @@ class KVImageInfo {
 
     // Class methods fronting the EXIF transfer and the in-place orientation tag.
     // copyInfoFromPath:toPath: returns 1 when the destination was rewritten.
-    static int copyInfoFromPath(const QString& source, const QString& destination);
-    static int orientationForPath(const QString& path);
+    static int copyInfoFromPath(const QString& source, const QString& destination,
+                                FileSystem& fileSystem = FileSystem::standard());
+    static int orientationForPath(const QString& path, FileSystem& fileSystem = FileSystem::standard());
     // Returns the previous orientation, or 0 when nothing was written.
-    static int setOrientation(int orientation, const QString& path);
+    static int setOrientation(int orientation, const QString& path,
+                              FileSystem& fileSystem = FileSystem::standard());
 
     const Data& data() const { return m_data; }
 

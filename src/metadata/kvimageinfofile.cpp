@@ -123,17 +123,18 @@ std::optional<KVImageInfo> KVImageInfo::fromIphotoInfo(const QVariantMap& dictio
     return info;
 }
 
-int KVImageInfo::copyInfoFromPath(const QString& source, const QString& destination) {
+int KVImageInfo::copyInfoFromPath(const QString& source, const QString& destination, FileSystem& fileSystem) {
     JpegContext ctx;
+    ctx.Files = &fileSystem;
     return copyExif(ctx, QFile::encodeName(source).constData(), QFile::encodeName(destination).constData());
 }
 
-int KVImageInfo::orientationForPath(const QString& path) {
-    return _getOrientation(QFile::encodeName(path).constData());
+int KVImageInfo::orientationForPath(const QString& path, FileSystem& fileSystem) {
+    return _getOrientation(QFile::encodeName(path).constData(), fileSystem);
 }
 
-int KVImageInfo::setOrientation(int orientation, const QString& path) {
-    return _setOrientation(QFile::encodeName(path).constData(), uint8_t(orientation));
+int KVImageInfo::setOrientation(int orientation, const QString& path, FileSystem& fileSystem) {
+    return _setOrientation(QFile::encodeName(path).constData(), uint8_t(orientation), fileSystem);
 }
 
 } // namespace quillet

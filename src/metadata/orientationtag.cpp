@@ -1,7 +1,5 @@
 #include "metadata/orientationtag.h"
 
-#include "metadata/bytesource.h"
-
 #include <cstring>
 #include <vector>
 
@@ -11,7 +9,7 @@ namespace {
 
 // The open file and where its orientation entry lies.
 struct OrientationEntry {
-    FileHandle file;
+    File file;
     std::vector<uint8_t> buffer; // the APP1 payload after "Exif\0\0"
     bool motorola = false;
     long entry = 0; // index of the tag's 12-byte entry in buffer
@@ -25,9 +23,8 @@ int get16(const uint8_t* p, bool motorola) {
 // read, so a file that cannot be written does not qualify either. The handle
 // is closed on every path (the routines used to leave it open when giving up,
 // which runs a long batch out of descriptors).
-bool findEntry(const char* path, const MetadataFileOps* ops, OrientationEntry& found) {
-    static const MetadataFileOps plain;
-    found.file = FileHandle((ops ? *ops : plain).open(path, "rb+"));
+bool findEntry(const char* path, FileSystem& fileSystem, OrientationEntry& found) {
+    found.file = fileSystem.open(path, "rb+");
     FILE* file = found.file.get();
     if (!file)
         return false;
@@ -95,16 +92,16 @@ int _read_2_bytes(FILE* file) {
     return high << 8 | low;
 }
 
-int _getOrientation(const char* path, const MetadataFileOps* ops) {
+int _getOrientation(const char* path, FileSystem& fileSystem) {
     OrientationEntry found;
-    if (!findEntry(path, ops, found))
+    if (!findEntry(path, fileSystem, found))
         return 0;
     return valueByte(found);
 }
 
-int _setOrientation(const char* path, uint8_t value, const MetadataFileOps* ops) {
+int _setOrientation(const char* path, uint8_t value, FileSystem& fileSystem) {
     OrientationEntry found;
-    if (!findEntry(path, ops, found))
+    if (!findEntry(path, fileSystem, found))
         return 0;
     const int old = valueByte(found);
     // Format SHORT, count 1, the value in the first half of the value field.

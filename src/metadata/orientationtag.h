@@ -1,6 +1,6 @@
 #pragma once
 
-#include "metadata/jpegcontext.h"
+#include "support/filesystem.h"
 
 #include <cstdio>
 
@@ -13,9 +13,9 @@ namespace quillet {
 // Two bytes, high first, or -1 at the end of the file.
 int _read_2_bytes(FILE* file);
 // The orientation byte, or 0.
-int _getOrientation(const char* path, const MetadataFileOps* ops = nullptr);
+int _getOrientation(const char* path, FileSystem& fileSystem = FileSystem::standard());
 // Writes the value as a SHORT into the tag's entry (10 bytes, nothing else)
 // and returns the previous value byte, or 0 when nothing was written.
-int _setOrientation(const char* path, uint8_t value, const MetadataFileOps* ops = nullptr);
+int _setOrientation(const char* path, uint8_t value, FileSystem& fileSystem = FileSystem::standard());
 
 } // namespace quillet

@@ -5,29 +5,11 @@
 #include <QFile>
 
 #include <cerrno>
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 
 namespace quillet {
 
 namespace FileAttributes {
-
-SystemCalls& systemCalls() {
-    static SystemCalls calls{
-        [](const char* path, const char* name, const void* value, std::size_t size) {
-            return ::setxattr(path, name, value, size, 0);
-        },
-        [](const char* path, const char* name, void* value, std::size_t size) {
-            return ::getxattr(path, name, value, size);
-        },
-        [](const char* path, const char* name) { return ::removexattr(path, name); },
-        [](const char* path, const struct timespec times[2]) {
-            return ::utimensat(AT_FDCWD, path, times, 0);
-        },
-    };
-    return calls;
-}
 
 namespace {
 
@@ -37,23 +19,12 @@ bool unsupported(int error) {
     return error == ENOTSUP || error == EOPNOTSUPP;
 }
 
-bool setAttribute(const QByteArray& path, const char* name, const QByteArray& value) {
-    if (systemCalls().setxattr(path.constData(), name, value.constData(), std::size_t(value.size())) == 0)
-        return true;
-    return unsupported(errno);
+bool setAttribute(FileSystem& fileSystem, const QByteArray& path, const char* name, const QByteArray& value) {
+    return fileSystem.setAttribute(path, name, value) || unsupported(errno);
 }
 
-bool removeAttribute(const QByteArray& path, const char* name) {
-    if (systemCalls().removexattr(path.constData(), name) == 0)
-        return true;
-    return errno == ENODATA || unsupported(errno);
-}
-
-QByteArray attribute(const QString& path, const char* name) {
-    const QByteArray file = QFile::encodeName(path);
-    char buffer[256];
-    const ssize_t length = systemCalls().getxattr(file.constData(), name, buffer, sizeof buffer);
-    return length > 0 ? QByteArray(buffer, qsizetype(length)) : QByteArray();
+bool removeAttribute(FileSystem& fileSystem, const QByteArray& path, const char* name) {
+    return fileSystem.removeAttribute(path, name) || errno == ENODATA || unsupported(errno);
 }
 
 QByteArray codeBytes(std::uint32_t code) {
@@ -88,7 +59,7 @@ std::uint32_t typeCodeForFormat(int format) {
 }
 
 bool setAttributes(const QString& path, std::uint32_t creator, int format, bool hideExtension,
-                   const QDateTime& creationDate, const QDateTime& modificationDate) {
+                   const QDateTime& creationDate, const QDateTime& modificationDate, FileSystem& fileSystem) {
     const bool dates = creationDate.isValid();
     if (creator == 0 && !hideExtension && !dates)
         return true;
@@ -99,43 +70,45 @@ bool setAttributes(const QString& path, std::uint32_t creator, int format, bool 
 
     bool ok = true;
     if (creator != 0) {
-        ok = setAttribute(file, CreatorAttribute, codeBytes(creator)) && ok;
+        ok = setAttribute(fileSystem, file, CreatorAttribute, codeBytes(creator)) && ok;
         const std::uint32_t type = typeCodeForFormat(format);
-        ok = (type != 0 ? setAttribute(file, TypeAttribute, codeBytes(type))
-                        : removeAttribute(file, TypeAttribute)) &&
+        ok = (type != 0 ? setAttribute(fileSystem, file, TypeAttribute, codeBytes(type))
+                        : removeAttribute(fileSystem, file, TypeAttribute)) &&
              ok;
     }
     if (hideExtension)
-        ok = setAttribute(file, HiddenExtensionAttribute, "1") && ok;
+        ok = setAttribute(fileSystem, file, HiddenExtensionAttribute, "1") && ok;
     // A modification date only ever comes with a creation date.
     if (dates) {
         const QDateTime withOffset = creationDate.toOffsetFromUtc(creationDate.offsetFromUtc());
-        ok = setAttribute(file, CreationDateAttribute, withOffset.toString(Qt::ISODate).toLatin1()) && ok;
+        ok = setAttribute(fileSystem, file, CreationDateAttribute,
+                          withOffset.toString(Qt::ISODate).toLatin1()) &&
+             ok;
         if (modificationDate.isValid()) {
             const qint64 ms = modificationDate.toMSecsSinceEpoch();
             const qint64 seconds = ms >= 0 ? ms / 1000 : -((-ms + 999) / 1000);
             const struct timespec times[2] = {{0, UTIME_OMIT},
                                               {time_t(seconds), long((ms - seconds * 1000) * 1000000)}};
-            ok = systemCalls().utimensat(file.constData(), times) == 0 && ok;
+            ok = fileSystem.setTimes(file, times) && ok;
         }
     }
     return ok;
 }
 
-std::uint32_t typeCode(const QString& path) {
-    return codeFromBytes(attribute(path, TypeAttribute));
+std::uint32_t typeCode(const QString& path, FileSystem& fileSystem) {
+    return codeFromBytes(fileSystem.attribute(QFile::encodeName(path), TypeAttribute));
 }
 
-std::uint32_t creatorCode(const QString& path) {
-    return codeFromBytes(attribute(path, CreatorAttribute));
+std::uint32_t creatorCode(const QString& path, FileSystem& fileSystem) {
+    return codeFromBytes(fileSystem.attribute(QFile::encodeName(path), CreatorAttribute));
 }
 
-bool extensionHidden(const QString& path) {
-    return attribute(path, HiddenExtensionAttribute) == "1";
+bool extensionHidden(const QString& path, FileSystem& fileSystem) {
+    return fileSystem.attribute(QFile::encodeName(path), HiddenExtensionAttribute) == "1";
 }
 
-QDateTime creationDate(const QString& path) {
-    const QByteArray text = attribute(path, CreationDateAttribute);
+QDateTime creationDate(const QString& path, FileSystem& fileSystem) {
+    const QByteArray text = fileSystem.attribute(QFile::encodeName(path), CreationDateAttribute);
     return text.isEmpty() ? QDateTime() : QDateTime::fromString(QString::fromLatin1(text), Qt::ISODate);
 }
 

@@ -1,13 +1,11 @@
 #pragma once
 
+#include "support/filesystem.h"
+
 #include <QDateTime>
 #include <QString>
 
-#include <cstddef>
 #include <cstdint>
-#include <ctime>
-#include <functional>
-#include <sys/types.h>
 
 namespace quillet {
 
@@ -42,24 +40,14 @@ std::uint32_t typeCodeForFormat(int format);
 // With creator 0 neither code is set; a modification date is set only together
 // with a creation date. Returns true on success (nothing to set is success).
 bool setAttributes(const QString& path, std::uint32_t creator, int format, bool hideExtension,
-                   const QDateTime& creationDate, const QDateTime& modificationDate);
-
-// The system calls used above, replaceable so a test can make them fail. They
-// follow the calls of the same names (-1 and errno on failure); utimensat is
-// always relative to the working folder and follows links.
-struct SystemCalls {
-    std::function<int(const char* path, const char* name, const void* value, std::size_t size)> setxattr;
-    std::function<ssize_t(const char* path, const char* name, void* value, std::size_t size)> getxattr;
-    std::function<int(const char* path, const char* name)> removexattr;
-    std::function<int(const char* path, const struct timespec times[2])> utimensat;
-};
-SystemCalls& systemCalls();
+                   const QDateTime& creationDate, const QDateTime& modificationDate,
+                   FileSystem& fileSystem = FileSystem::standard());
 
 // Reads back what setAttributes stored (0 / false / invalid when absent).
-std::uint32_t typeCode(const QString& path);
-std::uint32_t creatorCode(const QString& path);
-bool extensionHidden(const QString& path);
-QDateTime creationDate(const QString& path);
+std::uint32_t typeCode(const QString& path, FileSystem& fileSystem = FileSystem::standard());
+std::uint32_t creatorCode(const QString& path, FileSystem& fileSystem = FileSystem::standard());
+bool extensionHidden(const QString& path, FileSystem& fileSystem = FileSystem::standard());
+QDateTime creationDate(const QString& path, FileSystem& fileSystem = FileSystem::standard());
 
 } // namespace FileAttributes
 

@@ -1,9 +1,9 @@
 #include "inplace/filerotation.h"
-#include "inplace/inplacefilesystem.h"
 #include "inplace/jpegtranrunner.h"
 #include "jpegfixtures.h"
 #include "metadata/kvimageinfo.h"
 #include "support/activitylog.h"
+#include "support/failingfilesystem.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -20,9 +20,9 @@ using Outcome = FileRotation::Outcome;
 
 namespace {
 
-// The fixture stands in for the log, the tool and the file system: the real
-// tool and file system, with their calls kept and failures on demand.
-class FileRotationTest : public ::testing::Test, ActivityLog, JpegtranRunner, InplaceFileSystem {
+// The fixture stands in for the log and the tool: the real tool, with its
+// calls kept and failures on demand. The file system fails on demand too.
+class FileRotationTest : public ::testing::Test, ActivityLog, JpegtranRunner {
   protected:
     void writeActivity(const QString& line) override { lines.append(line); }
     void writeWarningActivity(const QString& line) override { warnings.append(line); }
@@ -33,13 +33,8 @@ class FileRotationTest : public ::testing::Test, ActivityLog, JpegtranRunner, In
             writeFile(arguments.at(3), "half a picture");
         return failWith != 0 ? failWith : JpegtranRunner::run(arguments);
     }
-    // renamesLeft: renames that work before one fails; -1: all work.
-    bool rename(const QString& from, const QString& to) override {
-        return renamesLeft-- != 0 && InplaceFileSystem::rename(from, to);
-    }
-    bool makeFolder(const QString& path) override {
-        return !failFolders && InplaceFileSystem::makeFolder(path);
-    }
+    // One refused rename after `after` that work.
+    void failRename(int after) { files.fail(FailingFileSystem::Call::Rename, EACCES, {}, after, 1); }
 
     QString put(const QString& name, const QByteArray& bytes) {
         EXPECT_TRUE(writeFile(dir.filePath(name), bytes));
@@ -61,9 +56,9 @@ class FileRotationTest : public ::testing::Test, ActivityLog, JpegtranRunner, In
     QStringList lines, warnings;
     QString out, err; // of the command-line tool
     QList<QStringList> calls;
-    int failWith = 0, renamesLeft = -1;
-    bool failFolders = false;
-    FileRotation rotation{*this, *this, *this};
+    int failWith = 0;
+    FailingFileSystem files;
+    FileRotation rotation{*this, files, *this};
 };
 
 TEST_F(FileRotationTest, AutomaticTurnsACameraPictureUprightAndKeepsItsExif) {
@@ -156,25 +151,29 @@ TEST_F(FileRotationTest, BackupKeepsOneGenerationOfTheOriginal) {
 TEST_F(FileRotationTest, AFailingStepPutsTheOriginalBack) {
     const QByteArray original = markedJpeg(6);
     const QString path = put(u"photo.jpg"_s, original);
-    failFolders = true; // no backup folder
+    files.fail(FailingFileSystem::Call::MakeFolder, EACCES); // no backup folder
     EXPECT_EQ(rotation.rotate(path, 90, true), Outcome::Bad);
-    failFolders = false;
+    files.heal();
     for (const bool backup : {false, true}) {
-        renamesLeft = 0; // the move aside
+        failRename(0); // the move aside
         EXPECT_EQ(rotation.rotate(path, 90, backup), Outcome::Bad);
-        renamesLeft = -1;
         failWith = backup ? 1 : -1; // the tool, after writing half a file
         EXPECT_EQ(rotation.rotate(path, 90, backup), Outcome::Bad);
         failWith = 0;
     }
+    // The disk fills up while the EXIF block goes into the turned file.
+    files.fail(FailingFileSystem::Call::Write, ENOSPC);
+    EXPECT_EQ(rotation.rotate(path, 90, false), Outcome::Bad);
+    EXPECT_TRUE(warnings.contains(u"Unable to copy the EXIF data into 'photo.jpg'\n"_s));
+    files.heal();
     EXPECT_EQ(readFile(path), original);
     EXPECT_EQ(entries(), (QStringList{u"Quillet Originals"_s, u"photo.jpg"_s}));
-    EXPECT_EQ(calls.size(), 2);
+    EXPECT_EQ(calls.size(), 3);
 
     // When even the move back fails, the original waits under its temporary
     // name, the file is not touched again, and the next run puts it back.
     failWith = 1;
-    renamesLeft = 1;
+    failRename(1);
     EXPECT_EQ(rotation.rotate(path, 90, false), Outcome::Bad);
     failWith = 0;
     EXPECT_EQ(rotation.rotate(path, 90, false), Outcome::Bad);

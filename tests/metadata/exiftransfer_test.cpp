@@ -1,6 +1,7 @@
 #include "exifblocks.h"
 
 #include "metadata/exiftransfer.h"
+#include "support/failingfilesystem.h"
 #include "testsupport.h"
 
 #include <QDir>
@@ -27,7 +28,8 @@ class Transfer : public testing::Test {
     int copy(const QString& from, const QString& to) {
         return copyExif(ctx, QFile::encodeName(from).constData(), QFile::encodeName(to).constData());
     }
-    QStringList files() const { return QDir(dir.path()).entryList(QDir::Files, QDir::Name); }
+    // Hidden ones included: a temporary left behind would be one.
+    QStringList files() const { return QDir(dir.path()).entryList(QDir::Files | QDir::Hidden, QDir::Name); }
     static QByteArray bytes(const QString& path) { return testsupport::readFile(path); }
 };
 
@@ -66,23 +68,20 @@ TEST_F(Transfer, FailuresLeaveTheDestinationWhole) {
     const QByteArray before = bytes(destination), pngBefore = bytes(png);
     const QStringList all = files();
     const std::string dest = QFile::encodeName(destination).toStdString();
-    MetadataFileOps fullDisk, noBackup, noFinalRename;
-    fullDisk.open = [](const char* p, const char* m) {
-        return std::fopen(m == std::string("wb") ? "/dev/full" : p, m);
-    };
-    noBackup.rename = [dest](const char* from, const char* to) {
-        return from == dest ? -1 : std::rename(from, to);
-    };
-    noFinalRename.rename = [dest](const char* from, const char* to) {
-        return to == dest && from != dest + ".t" ? -1 : std::rename(from, to);
-    };
-    for (const MetadataFileOps* ops : {&fullDisk, &noBackup, &noFinalRename}) {
-        ctx.FileOps = ops;
+    using Call = FailingFileSystem::Call;
+    FailingFileSystem readOnlyFolder, fullDisk, noBackup, noFinalRename;
+    readOnlyFolder.fail(Call::Create, EACCES);
+    fullDisk.fail(Call::Write, ENOSPC);
+    noBackup.fail(Call::Rename, EACCES, destination);
+    // The destination's move aside works, the new file's move in fails, the move back works.
+    noFinalRename.fail(Call::Rename, EXDEV, destination, 1, 1);
+    for (FailingFileSystem* fileSystem : {&readOnlyFolder, &fullDisk, &noBackup, &noFinalRename}) {
+        ctx.Files = fileSystem;
         EXPECT_EQ(copy(source, destination), 0);
         EXPECT_EQ(bytes(destination), before);
         EXPECT_EQ(files(), all);
     }
-    ctx.FileOps = nullptr;
+    ctx.Files = nullptr;
     EXPECT_EQ(copy(source, png), 0);
     EXPECT_EQ(copy(png, destination), 0);
     EXPECT_EQ(copy(dir.filePath(QStringLiteral("missing.jpg")), destination), 0);

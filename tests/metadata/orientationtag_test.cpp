@@ -1,6 +1,7 @@
 #include "exifblocks.h"
 
 #include "metadata/orientationtag.h"
+#include "support/failingfilesystem.h"
 #include "testsupport.h"
 
 #include <QFile>
@@ -30,10 +31,10 @@ Bytes cameraFile(bool motorola, Entry orientation) {
     return jpeg({app1(t.build()), sof(4, 4)});
 }
 
-struct File {
+struct TagFile {
     QTemporaryDir dir;
     std::string path = QFile::encodeName(dir.filePath(QStringLiteral("f.jpg"))).toStdString();
-    explicit File(const Bytes& b) { testsupport::writeFile(QString::fromStdString(path), toQ(b)); }
+    explicit TagFile(const Bytes& b) { testsupport::writeFile(QString::fromStdString(path), toQ(b)); }
     QByteArray bytes() const { return testsupport::readFile(QString::fromStdString(path)); }
 };
 
@@ -41,7 +42,7 @@ struct File {
 
 TEST(OrientationTag, RewritesAtMostTenBytesInBothByteOrders) {
     for (const bool mm : {false, true}) {
-        File f(cameraFile(mm, Entry{0x0112, 3, 1, TiffBuilder(mm).u16(6)}));
+        TagFile f(cameraFile(mm, Entry{0x0112, 3, 1, TiffBuilder(mm).u16(6)}));
         const QByteArray before = f.bytes();
         EXPECT_EQ(_getOrientation(f.path.c_str()), 6);
         EXPECT_EQ(_setOrientation(f.path.c_str(), 1), 6);
@@ -49,7 +50,7 @@ TEST(OrientationTag, RewritesAtMostTenBytesInBothByteOrders) {
         EXPECT_LE(differingBytes(before, f.bytes()), 10);
     }
     // A LONG value is rewritten as tag, SHORT, count 1, value 3, zero padding.
-    File f(cameraFile(false, Entry{0x0112, 4, 1, TiffBuilder(false).u32(8)}));
+    TagFile f(cameraFile(false, Entry{0x0112, 4, 1, TiffBuilder(false).u32(8)}));
     EXPECT_EQ(_setOrientation(f.path.c_str(), 3), 8);
     EXPECT_EQ(f.bytes().mid(12 + 8 + 2 + 12, 12), QByteArray::fromHex("120103000100000003000000"));
 }
@@ -65,19 +66,17 @@ TEST(OrientationTag, FilesThatDoNotQualifyGiveZeroAndStayUntouched) {
     const Bytes noTag = cameraFile(false, Entry{0x0102, 3, 1, {6, 0}});
     for (const Bytes& bytes :
          {jfifFirst, highOffset, noTag, badSignature, zeroEntries, Bytes{0xFF, 0xD8, 0xFF, 0xE1, 0}}) {
-        File f(bytes);
+        TagFile f(bytes);
         EXPECT_EQ(_getOrientation(f.path.c_str()), 0);
         EXPECT_EQ(_setOrientation(f.path.c_str(), 1), 0);
         EXPECT_EQ(f.bytes(), toQ(bytes));
     }
 
     // A file that cannot be opened for update (a read-only file; the tests may run as root).
-    File f(cameraFile(false, six));
-    MetadataFileOps readOnly;
-    readOnly.open = [](const char* p, const char* mode) {
-        return std::string(mode).find('+') != std::string::npos ? nullptr : std::fopen(p, mode);
-    };
-    EXPECT_EQ(_getOrientation(f.path.c_str(), &readOnly), 0);
-    EXPECT_EQ(_setOrientation(f.path.c_str(), 1, &readOnly), 0);
+    TagFile f(cameraFile(false, six));
+    FailingFileSystem readOnly;
+    readOnly.fail(FailingFileSystem::Call::Open, EACCES, QString::fromStdString(f.path));
+    EXPECT_EQ(_getOrientation(f.path.c_str(), readOnly), 0);
+    EXPECT_EQ(_setOrientation(f.path.c_str(), 1, readOnly), 0);
     EXPECT_EQ(_getOrientation(f.path.c_str()), 6);
 }

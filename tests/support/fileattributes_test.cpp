@@ -1,4 +1,5 @@
 #include "settings/processingparams.h"
+#include "support/failingfilesystem.h"
 #include "support/fileattributes.h"
 
 #include "testsupport.h"
@@ -24,18 +25,16 @@ class FileAttributesTest : public ::testing::Test {
     void SetUp() override {
         path = dir.filePath("picture.jpg");
         ASSERT_TRUE(testsupport::writeFile(path, "bytes"));
-        saved = systemCalls();
     }
-    void TearDown() override { systemCalls() = saved; }
     QDateTime modified() const { return QFileInfo(path).lastModified(); }
 
     QTemporaryDir dir;
     QString path;
-    SystemCalls saved;
+    FailingFileSystem files;
 };
 
 TEST_F(FileAttributesTest, StoresWhatWasAskedForAndNothingElse) {
-    if (saved.setxattr(QFile::encodeName(path).constData(), "user.quillet.probe", "1", 1) != 0)
+    if (!files.setAttribute(QFile::encodeName(path), "user.quillet.probe", "1"))
         GTEST_SKIP() << "this file system keeps no extended attributes";
     const QDateTime before = modified();
     // Creator 0: no codes, only the flag; a modification date alone changes nothing.
@@ -61,19 +60,19 @@ TEST_F(FileAttributesTest, ReportsFailuresButNotMissingSupport) {
     const QString missing = dir.filePath("missing.jpg");
     EXPECT_FALSE(setAttributes(missing, fourCharCode("KVQL"), FileFormat::Jpeg, true, {}, {}));
 
-    auto failWith = [](int error) {
-        return [error](const char*, const char*, const void*, std::size_t) { return errno = error, -1; };
-    };
-    systemCalls().setxattr = failWith(ENOTSUP);
-    EXPECT_TRUE(setAttributes(path, fourCharCode("KVQL"), FileFormat::Jpeg, true, taken, taken));
+    using Call = FailingFileSystem::Call;
+    files.fail(Call::SetAttribute, ENOTSUP);
+    files.fail(Call::RemoveAttribute, EOPNOTSUPP);
+    EXPECT_TRUE(setAttributes(path, fourCharCode("KVQL"), 999, true, taken, taken, files));
     EXPECT_EQ(modified(), taken);
 
-    systemCalls().setxattr = failWith(EIO);
-    EXPECT_FALSE(setAttributes(path, 0, FileFormat::Jpeg, true, {}, {}));
+    files.heal();
+    files.fail(Call::SetAttribute, EIO);
+    EXPECT_FALSE(setAttributes(path, 0, FileFormat::Jpeg, true, {}, {}, files));
 
-    systemCalls().setxattr = saved.setxattr;
-    systemCalls().utimensat = [](const char*, const struct timespec*) { return errno = EPERM, -1; };
-    EXPECT_FALSE(setAttributes(path, 0, FileFormat::Jpeg, false, taken, taken));
+    files.heal();
+    files.fail(Call::SetTimes, EPERM);
+    EXPECT_FALSE(setAttributes(path, 0, FileFormat::Jpeg, false, taken, taken, files));
 }
 
 } // namespace

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "engine/batch/batchfilesystem.h"
 #include "engine/batch/batchoptions.h"
 #include "engine/batch/batchshell.h"
 #include "engine/pipeline/renderfile.h"
 #include "naming/renamer.h"
+#include "support/filesystem.h"
 
 #include <QString>
 
@@ -19,7 +19,7 @@ namespace quillet {
 struct BatchContext {
     BatchShell& shell;
     Renamer& renamer;
-    BatchFileSystem& fileSystem;
+    FileSystem& fileSystem;
     BatchOptions options;
     std::uint32_t creator = 0;
     RenderSettings render;

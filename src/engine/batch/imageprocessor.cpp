@@ -66,7 +66,7 @@ RenderSettings renderSettings(const ProcessingParams& params, const BatchOptions
 
 } // namespace
 
-ImageProcessor::ImageProcessor(BatchShell& shell, Renamer& renamer, BatchFileSystem& fileSystem)
+ImageProcessor::ImageProcessor(BatchShell& shell, Renamer& renamer, FileSystem& fileSystem)
     : m_shell(shell), m_renamer(renamer), m_fileSystem(fileSystem) {}
 
 ImageProcessor::~ImageProcessor() {

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "engine/batch/batchfilesystem.h"
 #include "engine/batch/batchgate.h"
 #include "engine/batch/batchoptions.h"
 #include "engine/batch/batchshell.h"
 #include "engine/batch/imageprocessorhelper.h"
 #include "naming/renamer.h"
 #include "settings/processingparams.h"
+#include "support/filesystem.h"
 
 #include <QString>
 #include <QStringList>
@@ -32,8 +32,7 @@ namespace quillet {
 // the plain run.
 class ImageProcessor {
   public:
-    ImageProcessor(BatchShell& shell, Renamer& renamer,
-                   BatchFileSystem& fileSystem = BatchFileSystem::standard());
+    ImageProcessor(BatchShell& shell, Renamer& renamer, FileSystem& fileSystem = FileSystem::standard());
     // Waits for a running batch and removes the single-file run's folder.
     ~ImageProcessor();
     ImageProcessor(const ImageProcessor&) = delete;
@@ -90,7 +89,7 @@ class ImageProcessor {
 
     BatchShell& m_shell;
     Renamer& m_renamer;
-    BatchFileSystem& m_fileSystem;
+    FileSystem& m_fileSystem;
     mutable std::mutex m_mutex;
     std::shared_ptr<BatchGate> m_gate;
     std::thread m_thread;

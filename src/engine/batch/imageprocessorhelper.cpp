@@ -105,13 +105,13 @@ int ImageProcessorHelper::commitFile(RenderedFile& rendered, int index, BatchCon
     if (context.render.request.preserveHeader) {
         // The copy returns 1 when it rewrote the output; the log reads the
         // result the other way round, which users of the original know.
-        if (KVImageInfo::copyInfoFromPath(rendered.path, outputPath) != 0)
+        if (KVImageInfo::copyInfoFromPath(rendered.path, outputPath, context.fileSystem) != 0)
             context.shell.writeWarningActivity(QStringLiteral("\tUnable to read and copy EXIF\n"));
         else
             context.shell.writeActivity(QStringLiteral("\tEXIF copied\n"));
         // The pixels are upright now; a copied orientation would turn them again.
         if (rendered.autoRotated)
-            KVImageInfo::setOrientation(1, outputPath);
+            KVImageInfo::setOrientation(1, outputPath, context.fileSystem);
     }
     setAttributes(rendered, outputPath, context);
     if (thumbnailOut)
@@ -127,7 +127,7 @@ void ImageProcessorHelper::setAttributes(const RenderedFile& rendered, const QSt
     const QDateTime creation = options.setCreationDate ? taken : QDateTime();
     const QDateTime modification = options.setModificationDate ? taken : QDateTime();
     FileAttributes::setAttributes(outputPath, context.creator, context.render.request.format,
-                                  options.hideExtension, creation, modification);
+                                  options.hideExtension, creation, modification, context.fileSystem);
     if (options.customIcon)
         CustomIcon::setForFile(outputPath);
 }

@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <algorithm>
+#include <memory>
 
 namespace quillet {
 
@@ -62,18 +63,27 @@ QByteArray withJfifDensity(QByteArray jpeg, int resolution) {
 
 namespace {
 
+// Saver options until a call takes them: libvips deletes the options it is
+// handed on every path, success or failure, so they are released only into
+// the call itself and stay owned here on every earlier return or throw.
+using SaveOptions = std::unique_ptr<vips::VOption>;
+
+SaveOptions saveOptions() {
+    return SaveOptions(VImage::option());
+}
+
 // Encodes through libvips's saver for `suffix`; no bytes when the picture is
-// empty or anything in the chain fails. `options` is consumed.
+// empty or anything in the chain fails.
 template <typename Prepare>
-QByteArray encode(const Picture& picture, const char* suffix, Prepare prepare, vips::VOption* options) {
-    if (!encodable(picture)) {
-        delete options;
+QByteArray encode(const Picture& picture, const char* suffix, Prepare prepare, SaveOptions options) {
+    if (!encodable(picture))
         return {};
-    }
     try {
+        const VImage prepared = prepare(picture);
+        options->set("strip", true);
         void* data = nullptr;
         size_t size = 0;
-        prepare(picture).write_to_buffer(suffix, &data, &size, options->set("strip", true));
+        prepared.write_to_buffer(suffix, &data, &size, options.release());
         return takeBuffer(data, size);
     } catch (const std::exception&) {
         return {};
@@ -83,6 +93,8 @@ QByteArray encode(const Picture& picture, const char* suffix, Prepare prepare, v
 } // namespace
 
 QByteArray jpegDataForImage(const Picture& picture, int resolution, int quality) {
+    SaveOptions options = saveOptions();
+    options->set("Q", std::clamp(quality, 1, 100));
     const QByteArray jpeg = encode(
         picture, ".jpg",
         [resolution](const Picture& p) {
@@ -91,7 +103,7 @@ QByteArray jpegDataForImage(const Picture& picture, int resolution, int quality)
                 image = image.extract_band(0, VImage::option()->set("n", image.bands() - 1));
             return withResolution(image, resolution);
         },
-        VImage::option()->set("Q", std::clamp(quality, 1, 100)));
+        std::move(options));
     return withJfifDensity(jpeg, resolution);
 }
 
@@ -99,16 +111,17 @@ QByteArray pngDataForImage(const Picture& picture, int resolution) {
     return encode(
         picture, ".png",
         [resolution](const Picture& p) { return withResolution(withAlphaIfNeeded(p), resolution); },
-        VImage::option());
+        saveOptions());
 }
 
 QByteArray tiffDataForImage(const Picture& picture, int resolution) {
+    SaveOptions options = saveOptions();
+    options->set("compression", VIPS_FOREIGN_TIFF_COMPRESSION_NONE)
+        ->set("resunit", VIPS_FOREIGN_TIFF_RESUNIT_INCH);
     return encode(
         picture, ".tif",
         [resolution](const Picture& p) { return withResolution(withAlphaIfNeeded(p), resolution); },
-        VImage::option()
-            ->set("compression", VIPS_FOREIGN_TIFF_COMPRESSION_NONE)
-            ->set("resunit", VIPS_FOREIGN_TIFF_RESUNIT_INCH));
+        std::move(options));
 }
 
 int nextFactorWithSize(qint64 size, qint64 limit, int factor) {

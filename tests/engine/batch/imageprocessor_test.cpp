@@ -2,6 +2,7 @@
 
 #include "engine/batch/imageprocessor.h"
 #include "metadata/kvimageinfo.h"
+#include "support/failingfilesystem.h"
 
 #include <QDateTime>
 #include <QTemporaryDir>
@@ -16,19 +17,6 @@ using namespace quillet;
 
 namespace {
 
-// Fails every write under the given folder.
-struct FailingFileSystem : BatchFileSystem {
-    QString failWritesUnder;
-    QStringList failFolders;
-    bool writeAtomically(const QString& path, const QByteArray& bytes) override {
-        return (failWritesUnder.isEmpty() || !path.startsWith(failWritesUnder)) &&
-               BatchFileSystem::writeAtomically(path, bytes);
-    }
-    bool makePath(const QString& dir) override {
-        return !failFolders.contains(dir) && BatchFileSystem::makePath(dir);
-    }
-};
-
 class BatchTest : public ::testing::Test {
   protected:
     void SetUp() override {
@@ -40,7 +28,7 @@ class BatchTest : public ::testing::Test {
         params.setInt(ParamKey::Height, 40);
         options.parallel = false;
     }
-    QStringList run(const QStringList& paths, BatchFileSystem& fileSystem = BatchFileSystem::standard()) {
+    QStringList run(const QStringList& paths, FileSystem& fileSystem = FileSystem::standard()) {
         ImageProcessor job(shell, renamer, fileSystem);
         job.processFiles(paths, params, out, 0, options);
         job.waitForFinished();
@@ -148,7 +136,7 @@ TEST_F(BatchTest, WriteFailureEndsItsWorkerAndIsReportedAfterTheOthers) {
     for (const char* name : {"ok1/a.png", "bad/a.png", "bad/b.png", "ok2/a.png"})
         batchtree::picture(p(name), 8, 8);
     FailingFileSystem fileSystem;
-    fileSystem.failWritesUnder = o("bad/");
+    fileSystem.fail(FailingFileSystem::Call::Write, ENOSPC, o("bad"));
     const QStringList calls = run({p("bad"), p("ok1"), p("ok2")}, fileSystem);
     EXPECT_TRUE(calls.contains("warn Unable to write " + o("bad/a.jpg") + "\n"));
     // bad/b.png is never handled, and no status line is shown for bad/a.png.
@@ -165,7 +153,8 @@ TEST_F(BatchTest, FolderThatCannotBeMadeIsReportedAfterTheOthersAndTheLastFailur
     for (const char* name : {"x/a.png", "y/a.png", "z/a.png"})
         batchtree::picture(p(name), 8, 8);
     FailingFileSystem fileSystem;
-    fileSystem.failFolders = {o("x"), o("z")};
+    for (const QString& folder : {o("x"), o("z")})
+        fileSystem.fail(FailingFileSystem::Call::MakeFolder, EACCES, folder);
     const QStringList calls = run({p("x"), p("y"), p("z")}, fileSystem);
     EXPECT_EQ(batchtree::entries(out), "y y/a.jpg");
     EXPECT_EQ(calls.mid(calls.size() - 3),
@@ -268,6 +257,27 @@ TEST_F(BatchTest, AutoRotatedPictureKeepsItsExifWithOrientationReset) {
     EXPECT_EQ(KVImageInfo::orientationForPath(o("turned.jpg")), 1);
     EXPECT_EQ(testsupport::readFile(p("turned.jpg")), testsupport::readFile(sample))
         << "the source must stay untouched";
+}
+
+TEST_F(BatchTest, ExifCopyAndFileDatesGoThroughTheBatchFileSystem) {
+    QString canon;
+    QUILLET_SAMPLE_OR_SKIP(canon, "Canon_40D.jpg");
+    ASSERT_TRUE(QFile::copy(canon, p("a.jpg")));
+    params.setBool(ParamKey::PreserveHeader, true);
+    options.setCreationDate = true;
+    options.setModificationDate = true;
+    FailingFileSystem fileSystem;
+    // The output's own write lands; the EXIF rewrite's move of it aside does not.
+    fileSystem.fail(FailingFileSystem::Call::Rename, EACCES, o("a.jpg"), 1);
+    fileSystem.fail(FailingFileSystem::Call::SetTimes, EPERM);
+    const QStringList calls = run({p("a.jpg")}, fileSystem);
+    // A failed copy, which the log reports the other way round.
+    EXPECT_TRUE(calls.contains("log \tEXIF copied\n"));
+    EXPECT_EQ(KVImageInfo::fromFile(o("a.jpg"), false, false).value().cameraModel(), "")
+        << "no EXIF came across";
+    EXPECT_NE(QFileInfo(o("a.jpg")).lastModified().date(), QDate(2008, 5, 30));
+    EXPECT_EQ(batchtree::entries(out), "a.jpg");
+    EXPECT_EQ(calls.last(), "done 1 of 1");
 }
 
 TEST_F(BatchTest, DateNamesTakeSuffixesAndTheFileDateIsTheCaptureDate) {
