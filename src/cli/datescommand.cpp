@@ -1,7 +1,7 @@
 #include "cli/commands.h"
 #include "cli/inplaceargs.h"
 
-#include "inplace/consolereport.h"
+#include "cli/consolereport.h"
 
 #include <cstdio>
 

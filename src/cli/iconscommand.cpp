@@ -1,6 +1,6 @@
 #include "cli/commands.h"
 
-#include "inplace/consolereport.h"
+#include "cli/consolereport.h"
 
 #include <cstdio>
 

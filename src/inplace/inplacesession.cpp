@@ -1,19 +1,19 @@
 #include "inplace/inplacesession.h"
 
 #include "inplace/jpegtranrunner.h"
-#include "support/settingsstore.h"
+#include "settings/userdefaults.h"
 
 namespace quillet {
 
-InplaceSession::InplaceSession(ActivityLog& log, InplaceView& view, std::unique_ptr<JpegtranRunner> jpegtran,
-                               FileSystem& fileSystem)
-    : m_log(log), m_view(view), m_processor(*this, std::move(jpegtran), fileSystem) {
-    m_keepBackup = SettingsStore::open()->value(QLatin1String(KeepBackupKey), false).toBool();
+InplaceSession::InplaceSession(ActivityLog& log, InplaceView& view, UserDefaults& defaults,
+                               std::unique_ptr<JpegtranRunner> jpegtran, FileSystem& fileSystem)
+    : m_log(log), m_view(view), m_defaults(defaults), m_processor(*this, std::move(jpegtran), fileSystem) {
+    m_keepBackup = m_defaults.boolValue(QLatin1String(KeepBackupKey));
 }
 
 void InplaceSession::toggleKeepBackup(bool keep) {
     m_keepBackup = keep;
-    SettingsStore::open()->setValue(QLatin1String(KeepBackupKey), keep);
+    m_defaults.setBool(QLatin1String(KeepBackupKey), keep);
 }
 
 int InplaceSession::degreesForAction(InplaceAction action) {

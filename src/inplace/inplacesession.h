@@ -10,6 +10,8 @@
 
 namespace quillet {
 
+class UserDefaults;
+
 // What the in-place panel shows while a run goes. Called on the run's thread.
 class InplaceView {
   public:
@@ -44,8 +46,9 @@ class InplaceSession final : public InplaceDelegate {
     static constexpr char NonJpegButton[] = "Okay";
     static constexpr char CancellingText[] = "Cancelling ...";
 
-    // keepBackup starts from the "KeepBackup" setting.
-    InplaceSession(ActivityLog& log, InplaceView& view, std::unique_ptr<JpegtranRunner> jpegtran = {},
+    // keepBackup starts from the "KeepBackup" setting of the given store.
+    InplaceSession(ActivityLog& log, InplaceView& view, UserDefaults& defaults,
+                   std::unique_ptr<JpegtranRunner> jpegtran = {},
                    FileSystem& fileSystem = FileSystem::standard());
 
     // The drop: puts the progress sheet up and starts the run. False when
@@ -82,6 +85,7 @@ class InplaceSession final : public InplaceDelegate {
   private:
     ActivityLog& m_log;
     InplaceView& m_view;
+    UserDefaults& m_defaults;
     LosslessProcessor m_processor;
     bool m_keepBackup = false;
     bool m_resetModificationDate = false;

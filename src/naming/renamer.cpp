@@ -4,7 +4,7 @@
 #include "naming/calendarformat.h"
 #include "naming/dateformats.h"
 #include "naming/integerformat.h"
-#include "support/settingsstore.h"
+#include "settings/userdefaults.h"
 
 #include <QSettings>
 
@@ -15,10 +15,10 @@ namespace {
 const char* const conflictSeparators[] = {"-", "_", " "};
 constexpr int conflictSeparatorCount = 3;
 
-int readInt(const QSettings& settings, const char* key) {
-    bool ok = false;
-    const int value = settings.value(QLatin1String(key)).toInt(&ok);
-    return ok ? value : 0;
+// Reads through the schema, so a stored value out of its range reads as the
+// key's default (an unregistered key as 0) rather than as itself.
+int readInt(QSettings& settings, const char* key) {
+    return UserDefaults(settings).intValue(QLatin1String(key));
 }
 
 } // namespace
@@ -138,17 +138,13 @@ void Renamer::readFromDefaults(QSettings& settings) {
     m_dateFallbackTag = readInt(settings, DateFallbackTagKey);
     if (m_type == KeepName)
         return;
-    setPrefix(settings.value(QLatin1String(PrefixKey)).toString());
-    setSuffix(settings.value(QLatin1String(SuffixKey)).toString());
+    const UserDefaults defaults(settings);
+    setPrefix(defaults.stringValue(QLatin1String(PrefixKey)));
+    setSuffix(defaults.stringValue(QLatin1String(SuffixKey)));
     if (m_type == Sequence) {
         m_digits = readInt(settings, DigitsKey);
         m_startFrom = readInt(settings, StartFromKey);
     }
-}
-
-void Renamer::readFromDefaults() {
-    const auto settings = SettingsStore::open();
-    readFromDefaults(*settings);
 }
 
 void Renamer::writeToDefaults(QSettings& settings) const {
@@ -167,11 +163,6 @@ void Renamer::acceptChanges(bool accept, QSettings& settings) {
         writeToDefaults(settings);
     else
         readFromDefaults(settings);
-}
-
-void Renamer::acceptChanges(bool accept) {
-    const auto settings = SettingsStore::open();
-    acceptChanges(accept, *settings);
 }
 
 } // namespace quillet

@@ -58,12 +58,10 @@ class Renamer {
     // when the saved type is 1, prefix and suffix only when it is not 0; the
     // other fields keep their values, as the panel's other tabs do.
     void readFromDefaults(QSettings& settings);
-    void readFromDefaults();
     // Writes all eight keys, whatever the type.
     void writeToDefaults(QSettings& settings) const;
     // The panel's OK (store) or Cancel (reload from the store).
     void acceptChanges(bool accept, QSettings& settings);
-    void acceptChanges(bool accept);
 
     QString prefix() const { return m_prefix; }
     QString suffix() const { return m_suffix; }

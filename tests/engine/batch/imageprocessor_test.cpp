@@ -149,6 +149,29 @@ TEST_F(BatchTest, WriteFailureEndsItsWorkerAndIsReportedAfterTheOthers) {
                                                         "done 2 of 4"}));
 }
 
+// An error nobody expected (here a file system that throws) ends its worker
+// like a write failure, but with a log line naming the file and the reason
+// instead of a sheet; the other folders go on.
+TEST_F(BatchTest, UnexpectedErrorEndsItsWorkerWithALineSayingWhy) {
+    struct ThrowingFileSystem : FileSystem {
+        QString poisoned;
+        bool write(File& file, const void* data, std::size_t size) override {
+            if (QFile::decodeName(file.path()).startsWith(poisoned))
+                throw std::runtime_error("controller fault");
+            return FileSystem::write(file, data, size);
+        }
+    } fileSystem;
+    fileSystem.poisoned = o("bad");
+    for (const char* name : {"bad/a.png", "bad/b.png", "ok/a.png"})
+        batchtree::picture(p(name), 8, 8);
+    const QStringList calls = run({p("bad"), p("ok")}, fileSystem);
+    EXPECT_TRUE(calls.contains("warn Stopped in folder '" + o("bad") + "' at 'a.png': controller fault\n"));
+    EXPECT_FALSE(calls.contains("log Processing 'b.png'\n"));
+    EXPECT_TRUE(calls.filter(QStringLiteral("message ")).isEmpty());
+    EXPECT_EQ(batchtree::entries(out), "bad ok ok/a.jpg");
+    EXPECT_EQ(calls.last(), "done 1 of 3");
+}
+
 TEST_F(BatchTest, FolderThatCannotBeMadeIsReportedAfterTheOthersAndTheLastFailureWins) {
     for (const char* name : {"x/a.png", "y/a.png", "z/a.png"})
         batchtree::picture(p(name), 8, 8);

@@ -1,6 +1,8 @@
-#include "inplace/consolereport.h"
+#include "cli/consolereport.h"
 
 #include "inplace/jpegtranrunner.h"
+#include "settings/userdefaults.h"
+#include "support/settingsstore.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -47,7 +49,9 @@ void ConsoleReport::showAlert(const QString& title, const QString& text, const Q
 int ConsoleReport::run(InplaceAction action, const QStringList& files, bool keepBackup,
                        bool modificationDate) {
     ConsoleReport report(stdout, stderr);
-    InplaceSession session(report, report);
+    const auto settings = SettingsStore::open();
+    UserDefaults defaults(*settings);
+    InplaceSession session(report, report, defaults);
     session.setSynchronous(true);
     session.setKeepBackup(keepBackup);
     session.setResetModificationDate(modificationDate);

@@ -8,6 +8,8 @@ namespace quillet {
 
 // The in-place panel's progress and log for the command-line tool: progress
 // texts and activity lines on one stream, warnings and the alert on another.
+// run() also owns the console's side of a run: Ctrl-C and a plain kill stop
+// it before the next file, and the exit status says how it ended.
 class ConsoleReport final : public ActivityLog, public InplaceView {
   public:
     ConsoleReport(std::FILE* out, std::FILE* err) : m_out(out), m_err(err) {}
