@@ -1,0 +1,269 @@
+#include "app/settingscontrols.h"
+
+#include "app/settingsmodel.h"
+#include "app/views/colorwell.h"
+#include "app/views/kvstepper.h"
+#include "settings/settingsschema.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QIntValidator>
+#include <QLabel>
+#include <QLineEdit>
+#include <QSignalBlocker>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+namespace quillet {
+
+namespace {
+
+namespace K = ParamKey;
+
+QComboBox* choiceMenu(const char* key, const QString& name) {
+    auto* menu = new QComboBox;
+    menu->setObjectName(name);
+    if (const SettingKey* entry = SettingsSchema::find(QLatin1String(key)))
+        for (const SettingChoice& choice : entry->choices)
+            menu->addItem(QObject::tr(choice.displayName.toUtf8().constData()), choice.code);
+    return menu;
+}
+
+// A number field; an empty field (a disabled one) holds 0, shown as nothing.
+KVStepper* numberField(const char* key, const QString& name, int step, const QString& suffix = {}) {
+    auto* field = new KVStepper;
+    field->setObjectName(name);
+    const SettingKey* entry = SettingsSchema::find(QLatin1String(key));
+    field->setRange(entry ? qMax(entry->min, 0) : 0, entry ? qMin(entry->max, 1000000) : 1000000);
+    field->setSingleStep(step);
+    field->setSpecialValueText(QStringLiteral(" "));
+    field->setSuffix(suffix);
+    return field;
+}
+
+void selectCode(QComboBox* menu, int code) {
+    const QSignalBlocker block(menu);
+    menu->setCurrentIndex(menu->findData(code));
+}
+
+void display(KVStepper* field, const SettingsModel::Field& value) {
+    const QSignalBlocker block(field);
+    field->setEnabled(value.enabled);
+    field->setValue(value.value);
+}
+
+void display(QCheckBox* box, bool on, bool enabled = true) {
+    const QSignalBlocker block(box);
+    box->setChecked(on);
+    box->setEnabled(enabled);
+}
+
+QWidget* row(std::initializer_list<QWidget*> widgets) {
+    auto* holder = new QWidget;
+    auto* layout = new QHBoxLayout(holder);
+    layout->setContentsMargins(0, 0, 0, 0);
+    for (QWidget* widget : widgets)
+        layout->addWidget(widget);
+    layout->addStretch(1);
+    return holder;
+}
+
+} // namespace
+
+SettingsControls::SettingsControls(SettingsModel& model, const QStringList& resolutionSet, QWidget* parent)
+    : QWidget(parent), m_model(model) {
+    setObjectName(QStringLiteral("settingsControls"));
+    build(resolutionSet);
+    connectControls();
+    refresh();
+    connect(&m_model, &SettingsModel::changed, this, &SettingsControls::refresh);
+}
+
+void SettingsControls::build(const QStringList& resolutionSet) {
+    m_rotation = choiceMenu(K::Rotation, QStringLiteral("rotation"));
+    m_scaleType = choiceMenu(K::ScaleType, QStringLiteral("scaleType"));
+    m_width = numberField(K::Width, QStringLiteral("width"), 1, tr(" px"));
+    m_height = numberField(K::Height, QStringLiteral("height"), 1, tr(" px"));
+    m_crop = numberField(K::CropAreaPercentage, QStringLiteral("cropArea"), 5, tr(" %"));
+    m_flip = new QCheckBox(tr("Flip for portrait pictures"));
+    m_flip->setObjectName(QStringLiteral("flipRatio"));
+    m_percent = numberField(K::ScalePercent, QStringLiteral("scalePercent"), 10, tr(" %"));
+    m_downOnly = new QCheckBox(tr("Only scale down"));
+    m_downOnly->setObjectName(QStringLiteral("scaleDownOnly"));
+    m_interpolation = choiceMenu(K::ScaleQuality, QStringLiteral("scaleQuality"));
+
+    auto* nonePage = new QLabel(tr("Pictures keep their size."));
+    auto* sizesPage = new QWidget;
+    auto* sizes = new QFormLayout(sizesPage);
+    sizes->setContentsMargins(0, 0, 0, 0);
+    sizes->addRow(tr("Width:"), m_width);
+    sizes->addRow(tr("Height:"), m_height);
+    sizes->addRow(tr("Crop area:"), m_crop);
+    sizes->addRow(QString(), m_flip);
+    auto* percentPage = new QWidget;
+    auto* percent = new QFormLayout(percentPage);
+    percent->setContentsMargins(0, 0, 0, 0);
+    percent->addRow(tr("Scale:"), m_percent);
+    m_sizePages = new QStackedWidget;
+    m_sizePages->setObjectName(QStringLiteral("sizePages"));
+    m_sizePages->addWidget(nonePage);
+    m_sizePages->addWidget(sizesPage);
+    m_sizePages->addWidget(percentPage);
+
+    auto* geometry = new QGroupBox(tr("Rotation and size"));
+    auto* geometryForm = new QFormLayout(geometry);
+    geometryForm->addRow(tr("Rotate:"), m_rotation);
+    geometryForm->addRow(tr("Size:"), m_scaleType);
+    geometryForm->addRow(m_sizePages);
+    geometryForm->addRow(QString(), m_downOnly);
+    geometryForm->addRow(tr("Interpolation:"), m_interpolation);
+
+    m_format = choiceMenu(K::FileFormat, QStringLiteral("fileFormat"));
+    m_quality = numberField(K::JpegQuality, QStringLiteral("jpegQuality"), 5);
+    m_quality->setSpecialValueText(QString());
+    m_sizeLimitOn = new QCheckBox(tr("Limit file size to"));
+    m_sizeLimitOn->setObjectName(QStringLiteral("hasSizeLimit"));
+    m_sizeLimit = numberField(K::SizeLimit, QStringLiteral("sizeLimit"), 10, tr(" KB"));
+    m_preserveHeader = new QCheckBox(tr("Keep EXIF data"));
+    m_preserveHeader->setObjectName(QStringLiteral("preserveHeader"));
+    auto* jpegPage = new QWidget;
+    auto* jpeg = new QFormLayout(jpegPage);
+    jpeg->setContentsMargins(0, 0, 0, 0);
+    jpeg->addRow(tr("Quality:"), m_quality);
+    jpeg->addRow(row({m_sizeLimitOn, m_sizeLimit}));
+    jpeg->addRow(m_preserveHeader);
+    m_preserveTransparency = new QCheckBox(tr("Keep transparency"));
+    m_preserveTransparency->setObjectName(QStringLiteral("preserveTransparency"));
+    auto* transparencyPage = new QWidget;
+    auto* transparency = new QVBoxLayout(transparencyPage);
+    transparency->setContentsMargins(0, 0, 0, 0);
+    transparency->addWidget(m_preserveTransparency);
+    transparency->addStretch(1);
+    m_formatPages = new QStackedWidget;
+    m_formatPages->setObjectName(QStringLiteral("formatPages"));
+    m_formatPages->addWidget(jpegPage);
+    m_formatPages->addWidget(transparencyPage);
+
+    m_resolution = new QComboBox;
+    m_resolution->setObjectName(QStringLiteral("resolution"));
+    m_resolution->setEditable(true);
+    m_resolution->addItems(resolutionSet);
+    m_resolution->setValidator(new QIntValidator(0, 100000, m_resolution));
+    m_resolution->setInsertPolicy(QComboBox::NoInsert);
+    m_background = new ColorWell;
+    m_background->setObjectName(QStringLiteral("backgroundColor"));
+
+    auto* output = new QGroupBox(tr("Output"));
+    auto* outputForm = new QFormLayout(output);
+    outputForm->addRow(tr("Format:"), m_format);
+    outputForm->addRow(m_formatPages);
+    outputForm->addRow(tr("Resolution:"), row({m_resolution, new QLabel(tr("dpi"))}));
+    outputForm->addRow(tr("Background:"), m_background);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(geometry);
+    layout->addWidget(output);
+    layout->addStretch(1);
+
+    // Accessible names for the controls whose label is a form row's.
+    const std::pair<QWidget*, QString> names[] = {{m_rotation, tr("Rotation")},
+                                                  {m_scaleType, tr("Sizing mode")},
+                                                  {m_width, tr("Width")},
+                                                  {m_height, tr("Height")},
+                                                  {m_crop, tr("Crop area")},
+                                                  {m_percent, tr("Scale percentage")},
+                                                  {m_interpolation, tr("Interpolation")},
+                                                  {m_format, tr("Output format")},
+                                                  {m_quality, tr("JPEG quality")},
+                                                  {m_sizeLimit, tr("File size limit")},
+                                                  {m_resolution, tr("Resolution")},
+                                                  {m_background, tr("Background colour")}};
+    for (const auto& [widget, name] : names)
+        widget->setAccessibleName(name);
+    m_toolTips = {
+        {m_width, tr("Width in pixels.")},
+        {m_height, tr("Height in pixels.")},
+        {m_crop, tr("Set to 100 to get the biggest possible crop with the specified aspect ratio.")},
+        {m_flip, tr("If checked, the aspect ratio is flipped for portrait input image.")},
+        {m_downOnly, tr("If unchecked, images will be scaled up if needed.")},
+        {m_resolution, tr("Resolution in dpi (72 dpi is a common default).")},
+        {m_background, tr("This color shows through the transparent area (no effect\non input images with no "
+                          "transparent area).")},
+    };
+    setToolTipsHidden(false);
+}
+
+void SettingsControls::setToolTipsHidden(bool hidden) {
+    for (const auto& [widget, tip] : m_toolTips)
+        widget->setToolTip(hidden ? QString() : tip);
+}
+
+void SettingsControls::connectControls() {
+    SettingsModel& m = m_model;
+    const auto code = [](QComboBox* menu, int index) { return menu->itemData(index).toInt(); };
+    connect(m_rotation, &QComboBox::activated, this, [this, &m, code](int index) {
+        m.selectRotation(code(m_rotation, index));
+        if (m.rotation() == Rotation::Automatic)
+            Q_EMIT automaticRotationChosen();
+    });
+    connect(m_scaleType, &QComboBox::activated, this,
+            [this, &m, code](int index) { m.selectScaleType(code(m_scaleType, index)); });
+    connect(m_interpolation, &QComboBox::activated, this,
+            [this, &m, code](int index) { m.selectScaleQuality(code(m_interpolation, index)); });
+    connect(m_format, &QComboBox::activated, this,
+            [this, &m, code](int index) { m.selectFormat(code(m_format, index)); });
+    connect(m_width, &QSpinBox::valueChanged, &m, &SettingsModel::setWidth);
+    connect(m_height, &QSpinBox::valueChanged, &m, &SettingsModel::setHeight);
+    connect(m_crop, &QSpinBox::valueChanged, &m, &SettingsModel::setCropArea);
+    connect(m_percent, &QSpinBox::valueChanged, &m, &SettingsModel::setScalePercent);
+    connect(m_quality, &QSpinBox::valueChanged, &m, &SettingsModel::setJpegQuality);
+    connect(m_sizeLimit, &QSpinBox::valueChanged, &m, &SettingsModel::setSizeLimit);
+    connect(m_flip, &QCheckBox::toggled, &m, &SettingsModel::setFlipRatio);
+    connect(m_downOnly, &QCheckBox::toggled, &m, &SettingsModel::setScaleDownOnly);
+    connect(m_sizeLimitOn, &QCheckBox::toggled, &m, &SettingsModel::setHasSizeLimit);
+    connect(m_preserveHeader, &QCheckBox::toggled, &m, &SettingsModel::setPreserveHeader);
+    connect(m_preserveTransparency, &QCheckBox::toggled, &m, &SettingsModel::setPreserveTransparency);
+    connect(m_background, &ColorWell::colorChosen, &m, &SettingsModel::setBackgroundColor);
+    connect(m_resolution, &QComboBox::currentTextChanged, this, [&m](const QString& text) {
+        bool ok = false;
+        const int dpi = text.toInt(&ok);
+        m.setResolution(ok ? dpi : 0);
+    });
+}
+
+void SettingsControls::refresh() {
+    const SettingsModel& m = m_model;
+    selectCode(m_rotation, m.rotation());
+    selectCode(m_scaleType, m.scaleType());
+    m_sizePages->setCurrentIndex(int(m.sizePage()));
+    display(m_width, m.width());
+    display(m_height, m.height());
+    display(m_crop, m.cropArea());
+    display(m_percent, {m.scalePercent(), true});
+    display(m_flip, m.flipRatio(), m.flipEnabled());
+    display(m_downOnly, m.scaleDownOnly(), m.scaleDownOnlyEnabled());
+    selectCode(m_interpolation, m.scaleQuality());
+
+    selectCode(m_format, m.format());
+    m_formatPages->setCurrentIndex(m.formatPage() == SettingsModel::FormatPage::Jpeg ? 0 : 1);
+    display(m_quality, {m.jpegQuality(), true});
+    display(m_sizeLimitOn, m.hasSizeLimit());
+    display(m_sizeLimit, m.sizeLimit());
+    display(m_preserveHeader, m.preserveHeader());
+    display(m_preserveTransparency, m.preserveTransparency());
+    {
+        const QSignalBlocker block(m_resolution);
+        const QString dpi = QString::number(m.resolution().value);
+        if (m_resolution->currentText() != dpi)
+            m_resolution->setEditText(dpi);
+        m_resolution->setEnabled(m.resolution().enabled);
+    }
+    m_background->setColor(m.backgroundColor());
+    m_background->setEnabled(m.backgroundEnabled());
+}
+
+} // namespace quillet
