@@ -1,5 +1,6 @@
 #include "engine/batch/batchenvironment.h"
 
+#include "engine/pipeline/decoderwarnings.h"
 #include "metadata/jpegcontext.h"
 
 #include <vips/vips8>
@@ -15,6 +16,8 @@ void BatchEnvironment::prepare(const BatchOptions& options) {
     // ones about damage in the activity log; anything read outside that
     // (a caller without notes) is not the user's concern mid-batch.
     setMetadataMessageStreams(nullptr, nullptr);
+    // libvips's own warnings likewise go to the file being read.
+    DecoderWarnings::install();
     // glibc gives every thread its own heap; with libvips's threads that
     // leaves freed picture memory scattered and the process larger than its
     // pictures. Two heaps keep the peak near what is really in use.

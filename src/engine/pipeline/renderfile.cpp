@@ -2,6 +2,7 @@
 
 #include "engine/geometry/geometry.h"
 #include "engine/pipeline/colourprofile.h"
+#include "engine/pipeline/decoderwarnings.h"
 #include "engine/pipeline/pictureloader.h"
 #include "engine/pipeline/pipelineshrink.h"
 #include "engine/pipeline/pipelinesteps.h"
@@ -34,8 +35,9 @@ void render(RenderedFile& out, const RenderSettings& settings) {
     if (!header)
         return;
 
-    out.source = SourceMetadata::read(out.path);
     MetadataNotes notes;
+    const DecoderWarnings warnings(notes);
+    out.source = SourceMetadata::read(out.path);
     const int rotation = request.rotation;
     const int orientation =
         rotation == Rotation::Automatic ? PipelineSteps::orientationOf(out.path, out.source, &notes) : 1;
@@ -49,6 +51,7 @@ void render(RenderedFile& out, const RenderSettings& settings) {
     if (loaded.status == PictureLoader::Status::NotAPicture)
         return;
     if (loaded.status == PictureLoader::Status::Corrupted) {
+        // The line below says it all; the decoder's complaints would only repeat it.
         out.status = RenderedFile::Corrupted;
         out.pictureLog.writeWarningActivity(
             QStringLiteral("Unable to open '%1' - file may be corrupted\n").arg(file.fileName()));
