@@ -45,7 +45,10 @@ SourceMetadata SourceMetadata::read(const QString& path) {
     out.decodedUpright = std::strcmp(loader, "VipsForeignLoadHeifFile") == 0;
     try {
         // Only the header is read here; the pixels are decoded elsewhere.
-        const vips::VImage image = vips::VImage::new_from_file(native.constData());
+        // Through a source of its own, as libvips caches loads by file name
+        // and a file rewritten under the same name would read as it was.
+        const vips::VImage image =
+            vips::VImage::new_from_source(vips::VSource::new_from_file(native.constData()), "");
         out.hasHeader = true;
         if (!out.isJpeg && !out.decodedUpright && vips_image_get_typeof(image.get_image(), VIPS_META_ORIENTATION))
             out.orientation = image.get_int(VIPS_META_ORIENTATION);
