@@ -188,7 +188,8 @@ bool FileRotation::restoreSegments(const QString& original, const QString& path)
     qsizetype at = 0;
     bool changed = false;
     for (const JpegSegmentList::Segment& segment : from->segments()) {
-        const bool exif = segment.marker == 0xE1 && segment.payload.startsWith(JpegSegmentList::ExifSignature);
+        const bool exif =
+            segment.marker == 0xE1 && segment.payload.startsWith(JpegSegmentList::ExifSignature);
         if (exif) {
             const qsizetype own = turned->find(0xE1, JpegSegmentList::ExifSignature);
             at = own >= 0 ? own + 1 : at;

@@ -104,7 +104,8 @@ bool ExifEditor::setRational(quint16 tag, quint32 numerator, quint32 denominator
     return relocate(tag, FormatRational, QByteArray(4, '\0'), packed32(numerator) + packed32(denominator));
 }
 
-bool ExifEditor::relocate(quint16 tag, quint16 format, const QByteArray& valueField, const QByteArray& extra) {
+bool ExifEditor::relocate(quint16 tag, quint16 format, const QByteArray& valueField,
+                          const QByteArray& extra) {
     if (!isValid())
         return false;
     const qsizetype count = get16(m_ifd0);

@@ -105,7 +105,8 @@ QByteArray JpegSegmentList::iccProfile() const {
     std::map<int, QByteArray> chunks;
     int count = 0;
     for (const Segment& segment : m_segments) {
-        if (segment.marker != App2 || !segment.payload.startsWith(IccSignature) || segment.payload.size() < 14)
+        if (segment.marker != App2 || !segment.payload.startsWith(IccSignature) ||
+            segment.payload.size() < 14)
             continue;
         const int number = at(segment.payload, 12);
         if (count != 0 && count != at(segment.payload, 13))
@@ -113,7 +114,8 @@ QByteArray JpegSegmentList::iccProfile() const {
         count = at(segment.payload, 13);
         chunks[number] = segment.payload.mid(14);
     }
-    if (count == 0 || int(chunks.size()) != count || chunks.begin()->first != 1 || chunks.rbegin()->first != count)
+    if (count == 0 || int(chunks.size()) != count || chunks.begin()->first != 1 ||
+        chunks.rbegin()->first != count)
         return {};
     QByteArray profile;
     for (const auto& [number, chunk] : chunks)

@@ -68,7 +68,8 @@ class KVImageInfo {
     // Class methods fronting the EXIF transfer and the in-place orientation tag.
     // copyInfoFromPath:toPath: returns 1 when the destination was rewritten.
     static int copyInfoFromPath(const QString& source, const QString& destination,
-                                FileSystem& fileSystem = FileSystem::standard(), MetadataNotes* notes = nullptr);
+                                FileSystem& fileSystem = FileSystem::standard(),
+                                MetadataNotes* notes = nullptr);
     static int orientationForPath(const QString& path, FileSystem& fileSystem = FileSystem::standard());
     // Returns the previous orientation, or 0 when nothing was written.
     static int setOrientation(int orientation, const QString& path,

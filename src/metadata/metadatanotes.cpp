@@ -20,7 +20,8 @@ void MetadataNotes::writeDamage(ActivityLog& log, const QString& fileName) const
         return;
     // A badly broken block repeats itself; a few lines say enough.
     constexpr qsizetype shown = 3;
-    QString line = QStringLiteral("\tDamaged metadata in '%1': %2").arg(fileName, texts.mid(0, shown).join(QStringLiteral("; ")));
+    QString line = QStringLiteral("\tDamaged metadata in '%1': %2")
+                       .arg(fileName, texts.mid(0, shown).join(QStringLiteral("; ")));
     if (texts.size() > shown)
         line += QStringLiteral(" (and %1 more)").arg(texts.size() - shown);
     log.writeWarningActivity(line + QLatin1Char('\n'));

@@ -4,6 +4,7 @@
 #include "metadata/jpegsegmentlist.h"
 #include "metadata/kvimageinfo.h"
 #include "metadata/orientationtag.h"
+#include "orientationset.h"
 #include "support/activitylog.h"
 #include "support/failingfilesystem.h"
 
@@ -79,9 +80,10 @@ TEST_F(FileRotationTest, AutomaticTurnsACameraPictureUprightAndKeepsItsExif) {
 
     ASSERT_EQ(rotation.rotate(path, 0, false), Outcome::Rotated);
     const QString moved = dir.filePath(".qlt.portrait.jpg");
-    EXPECT_EQ(calls, (QList<QStringList>{
-                         {u"-copy"_s, u"all"_s, u"-perfect"_s, u"-rotate"_s, u"90"_s, u"-outfile"_s, path, moved},
-                         {u"-copy"_s, u"all"_s, u"-trim"_s, u"-rotate"_s, u"90"_s, u"-outfile"_s, path, moved}}));
+    EXPECT_EQ(calls,
+              (QList<QStringList>{
+                  {u"-copy"_s, u"all"_s, u"-perfect"_s, u"-rotate"_s, u"90"_s, u"-outfile"_s, path, moved},
+                  {u"-copy"_s, u"all"_s, u"-trim"_s, u"-rotate"_s, u"90"_s, u"-outfile"_s, path, moved}}));
     EXPECT_EQ(lines, QStringList{u"Rotated 'portrait.jpg'\n"_s});
     ASSERT_EQ(warnings.size(), 1);
     EXPECT_TRUE(warnings[0].startsWith(u"\tTrimmed 'portrait.jpg'"_s));
@@ -95,8 +97,8 @@ TEST_F(FileRotationTest, AnglesAndWhatBecomesOfTheTag) {
     // {orientation (-1: no EXIF), JFIF in front, degrees asked, where the red corner ends up, tag afterwards}
     // Automatic mode mirrors as well as turns, and finds EXIF behind JFIF.
     const int cases[][6] = {
-        {8, 0, 0, 4, 60, 1},   {3, 0, 0, 60, 44, 1},  {6, 0, 180, 60, 44, 6}, {-1, 0, 90, 44, 4, 0},
-        {6, 1, 270, 4, 60, 6}, {2, 0, 0, 60, 4, 1},   {4, 0, 0, 4, 44, 1},    {5, 0, 0, 4, 4, 1},
+        {8, 0, 0, 4, 60, 1},   {3, 0, 0, 60, 44, 1}, {6, 0, 180, 60, 44, 6}, {-1, 0, 90, 44, 4, 0},
+        {6, 1, 270, 4, 60, 6}, {2, 0, 0, 60, 4, 1},  {4, 0, 0, 4, 44, 1},    {5, 0, 0, 4, 4, 1},
         {7, 1, 0, 44, 60, 1},  {6, 1, 0, 44, 4, 1},
     };
     for (const auto& [orientation, jfifFirst, degrees, x, y, tag] : cases) {
@@ -119,6 +121,42 @@ TEST_F(FileRotationTest, AnglesAndWhatBecomesOfTheTag) {
     EXPECT_EQ(calls.size(), qsizetype(std::size(cases)));
     EXPECT_EQ(lines.last(), u"Skipping 'photo.jpg'\n"_s);
     EXPECT_EQ(entries(), QStringList{u"photo.jpg"_s});
+}
+
+TEST_F(FileRotationTest, EveryOrientationOfACameraPictureTurnsUpright) {
+    QString sample;
+    QUILLET_SAMPLE_OR_SKIP(sample, "orientation-landscape_1.jpg");
+    const vips::VImage upright = orientationset::write(dir.path(), sample);
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        const QString path = dir.filePath(u"o%1.jpg"_s.arg(orientation));
+        ASSERT_EQ(rotation.rotate(path, 0, false), orientation == 1 ? Outcome::Skipped : Outcome::Rotated);
+        const vips::VImage image = decode(path);
+        ASSERT_EQ(std::pair(image.width(), image.height()), std::pair(592, 448)) << orientation;
+        // Lossless: only the stored picture's own encoding noise remains.
+        EXPECT_LT(orientationset::meanDifference(image, upright), 2) << orientation;
+        EXPECT_EQ(readExifOrientation(path.toLocal8Bit().constData()), 1) << orientation;
+    }
+    EXPECT_TRUE(warnings.isEmpty()) << "whole blocks need no trimming";
+}
+
+TEST_F(FileRotationTest, ProfileAndXmpComeThroughByteForByte) {
+    QString sample;
+    QUILLET_SAMPLE_OR_SKIP(sample, "xmp-BlueSquare.jpg"); // JFIF, EXIF, XMP, ICC, Photoshop
+    const QString path = put(u"square.jpg"_s, readFile(sample));
+    ASSERT_EQ(rotation.rotate(path, 90, false), Outcome::Rotated);
+    const auto before = JpegSegmentList::parse(readFile(sample)).value();
+    const auto after = JpegSegmentList::parse(readFile(path)).value();
+    ASSERT_FALSE(before.iccProfile().isEmpty());
+    EXPECT_EQ(after.iccProfile(), before.iccProfile());
+    const qsizetype xmp = before.find(0xE1, JpegSegmentList::XmpSignature);
+    ASSERT_GE(after.find(0xE1, JpegSegmentList::XmpSignature), 0);
+    EXPECT_EQ(after.segments()[after.find(0xE1, JpegSegmentList::XmpSignature)].payload,
+              before.segments()[xmp].payload);
+    EXPECT_EQ(KVImageInfo::fromFile(path).value().cameraModel(),
+              KVImageInfo::fromFile(sample).value().cameraModel());
+    // 216 rows are not whole 16-row blocks: trimmed, and said so.
+    EXPECT_EQ(decode(path).width(), 208);
+    EXPECT_EQ(warnings.size(), 1);
 }
 
 TEST_F(FileRotationTest, ReadOnlyFilesAndFoldersAreLeftAlone) {

@@ -109,8 +109,9 @@ int ImageProcessorHelper::commitFile(RenderedFile& rendered, int index, BatchCon
     const ProcessingRequest& request = context.render.request;
     if (request.preserveHeader) {
         MetadataNotes notes;
-        const int copied = OutputMetadata::preserve(rendered.path, rendered.source, outputPath, request.resolution,
-                                                    rendered.autoRotated, context.fileSystem, &notes);
+        const int copied =
+            OutputMetadata::preserve(rendered.path, rendered.source, outputPath, request.resolution,
+                                     rendered.autoRotated, context.fileSystem, &notes);
         notes.writeDamage(context.shell, QFileInfo(rendered.path).fileName());
         // The copy returns 1 when it rewrote the output; the log reads the
         // result the other way round, which users of the original know.

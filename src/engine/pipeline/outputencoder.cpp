@@ -74,7 +74,8 @@ VImage withOnlyProfile(const VImage& image, const QByteArray& iccProfile) {
     }
     g_strfreev(fields);
     if (!iccProfile.isEmpty())
-        vips_image_set_blob_copy(handle, VIPS_META_ICC_NAME, iccProfile.constData(), size_t(iccProfile.size()));
+        vips_image_set_blob_copy(handle, VIPS_META_ICC_NAME, iccProfile.constData(),
+                                 size_t(iccProfile.size()));
     return out;
 }
 
@@ -125,7 +126,8 @@ QByteArray encode(const Picture& picture, const char* suffix, Prepare prepare, S
 
 } // namespace
 
-QByteArray jpegDataForImage(const Picture& picture, int resolution, int quality, const QByteArray& iccProfile) {
+QByteArray jpegDataForImage(const Picture& picture, int resolution, int quality,
+                            const QByteArray& iccProfile) {
     SaveOptions options = saveOptions();
     options->set("Q", std::clamp(quality, 1, 100));
     const QByteArray jpeg = encode(

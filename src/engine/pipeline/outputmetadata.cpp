@@ -75,7 +75,8 @@ int preserve(const QString& source, const SourceMetadata& metadata, const QStrin
         return copied;
 
     // EXIF first among the metadata segments, then XMP, as cameras write them.
-    if (!metadata.isJpeg && !metadata.exif.isEmpty() && list->find(App1, JpegSegmentList::ExifSignature) < 0) {
+    if (!metadata.isJpeg && !metadata.exif.isEmpty() &&
+        list->find(App1, JpegSegmentList::ExifSignature) < 0) {
         const QByteArray payload = JpegSegmentList::ExifSignature + metadata.exif;
         if (payload.size() <= JpegSegmentList::MaxPayload) {
             list->segments().insert(list->metadataInsertPoint(), {App1, payload});
@@ -87,7 +88,8 @@ int preserve(const QString& source, const SourceMetadata& metadata, const QStrin
         if (payload.size() <= JpegSegmentList::MaxPayload)
             list->segments().insert(list->metadataInsertPoint(), {App1, payload});
     }
-    const QByteArray after = withResolution(list->toBytes(), resolution, uprightPixels || metadata.decodedUpright);
+    const QByteArray after =
+        withResolution(list->toBytes(), resolution, uprightPixels || metadata.decodedUpright);
     if (after != before && !fileSystem.writeAtomically(output, after))
         return metadata.isJpeg ? copied : 0;
     return copied;

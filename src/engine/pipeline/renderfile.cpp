@@ -69,8 +69,9 @@ void render(RenderedFile& out, const RenderSettings& settings) {
         vips_error_clear();
         out.status = RenderedFile::Failed;
         out.bytes.clear();
-        out.pictureLog.writeWarningActivity(QStringLiteral("\tUnable to process '%1': %2\n")
-                                                .arg(file.fileName(), QString::fromLocal8Bit(e.what()).trimmed()));
+        out.pictureLog.writeWarningActivity(
+            QStringLiteral("\tUnable to process '%1': %2\n")
+                .arg(file.fileName(), QString::fromLocal8Bit(e.what()).trimmed()));
     }
 }
 

@@ -50,7 +50,8 @@ SourceMetadata SourceMetadata::read(const QString& path) {
         const vips::VImage image =
             vips::VImage::new_from_source(vips::VSource::new_from_file(native.constData()), "");
         out.hasHeader = true;
-        if (!out.isJpeg && !out.decodedUpright && vips_image_get_typeof(image.get_image(), VIPS_META_ORIENTATION))
+        if (!out.isJpeg && !out.decodedUpright &&
+            vips_image_get_typeof(image.get_image(), VIPS_META_ORIENTATION))
             out.orientation = image.get_int(VIPS_META_ORIENTATION);
         out.iccProfile = blob(image, VIPS_META_ICC_NAME);
         if (!isRgbProfile(out.iccProfile))

@@ -9,9 +9,9 @@ namespace quillet {
 // and for a JPEG output the EXIF and XMP data. Read once from the input's
 // header, whatever its format.
 struct SourceMetadata {
-    QByteArray iccProfile; // empty when the input has none we can carry over
-    QByteArray exif;       // the TIFF structure of the EXIF data, without "Exif\0\0"
-    QByteArray xmp;        // the XMP packet
+    QByteArray iccProfile;  // empty when the input has none we can carry over
+    QByteArray exif;        // the TIFF structure of the EXIF data, without "Exif\0\0"
+    QByteArray xmp;         // the XMP packet
     bool hasHeader = false; // some loader read the file
     bool isJpeg = false;    // the EXIF copy then goes through the JPEG transfer
     // The EXIF orientation a decoder other than JPEG's found; 0 when none.

@@ -53,7 +53,8 @@ TEST(Geometry, AutomaticRotationTurnsAndMirrorsEveryOrientationUpright) {
     // The quadrants as stored: red, green / blue, white. For each orientation,
     // the upright picture's width and its top-left and top-right colours.
     const Picture picture = quadrants(30, 20);
-    const std::vector<double> R{255, 0, 0}, G{0, 255, 0}, B{0, 0, 255}, W{255, 255, 255}; // opaque: three bands
+    const std::vector<double> R{255, 0, 0}, G{0, 255, 0}, B{0, 0, 255},
+        W{255, 255, 255}; // opaque: three bands
     const struct {
         int orientation, width;
         std::vector<double> left, right;

@@ -63,9 +63,8 @@ TEST_F(PhotoBatchTest, ProfilesSurviveEveryFormatOrBecomeSrgbOnRequest) {
     ASSERT_EQ(convert(samples, {u"--srgb"_s}), 0);
     const QByteArray converted = SourceMetadata::read(output(u"orientation-landscape_2.jpg"_s)).iccProfile;
     EXPECT_TRUE(SourceMetadata::isSrgbProfile(converted));
-    EXPECT_FALSE(SourceMetadata::isSrgbProfile(SourceMetadata::read(sample.replace(u"Canon_40D"_s,
-                                                                              u"orientation-landscape_2"_s))
-                                                   .iccProfile));
+    EXPECT_FALSE(SourceMetadata::isSrgbProfile(
+        SourceMetadata::read(sample.replace(u"Canon_40D"_s, u"orientation-landscape_2"_s)).iccProfile));
 }
 
 TEST_F(PhotoBatchTest, HeicKeepsItsProfileAndCameraDataAndTheChosenResolution) {
