@@ -134,6 +134,7 @@ void SettingsModel::loadPreset(const std::optional<ProcessingParams>& preset) {
 
     const int dpi = dpiOrDefault(p.intValue(K::Resolution));
     m_preserveHeader = p.boolValue(K::PreserveHeader);
+    m_convertToSrgb = p.boolValue(K::ConvertToSRGB);
     m_resolution = m_preserveHeader ? Field{DefaultDpi, false} : Field{dpi, true};
     m_rememberedResolution = dpi;
 
@@ -175,6 +176,7 @@ ProcessingParams SettingsModel::currentSetting() {
     p.setBool(K::HasFizeLimit, m_sizeLimitOn);
     p.setInt(K::SizeLimit, m_sizeLimit.value);
     p.setBool(K::PreserveHeader, m_preserveHeader);
+    p.setBool(K::ConvertToSRGB, m_convertToSrgb);
     p.setBool(K::PreserveTransparency, m_preserveTransparency);
     p.setColor(K::BackgroundColor, m_background);
     p.setBool(K::WatermarkEnabled, m_watermarkOn);

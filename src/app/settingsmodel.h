@@ -156,6 +156,7 @@ class SettingsModel : public QObject {
     bool m_sizeLimitOn = false;
     Field m_sizeLimit{100, false};
     bool m_preserveHeader = true;
+    bool m_convertToSrgb = false; // no control yet; carried so presets keep it
     bool m_preserveTransparency = false;
     RgbaColor m_background = RgbaColor::white();
     bool m_watermarkOn = false;

@@ -219,6 +219,8 @@ bool Parser::option(const QString& name) {
     }
     if (name == QLatin1String("--keep-exif") || name == QLatin1String("--no-keep-exif"))
         return setBool(ParamKey::PreserveHeader, name == QLatin1String("--keep-exif"));
+    if (name == QLatin1String("--srgb") || name == QLatin1String("--no-srgb"))
+        return setBool(ParamKey::ConvertToSRGB, name == QLatin1String("--srgb"));
     if (name == QLatin1String("--keep-transparency") || name == QLatin1String("--no-keep-transparency"))
         return setBool(ParamKey::PreserveTransparency, name == QLatin1String("--keep-transparency"));
     if (name == QLatin1String("--background"))
@@ -449,6 +451,7 @@ QString processUsage() {
         "  --format {FileFormat}   --quality N ({JpegQuality})   --dpi N\n"
         "  --max-size KB | --no-max-size   JPEG file size limit\n"
         "  --keep-exif | --no-keep-exif\n"
+        "  --srgb | --no-srgb         convert colours to sRGB instead of keeping the profile\n"
         "  --keep-transparency | --no-keep-transparency\n"
         "  --background COLOR         #rrggbb[aa], white, black, transparent\n"
         "  --watermark FILE           image watermark; --watermark-opacity N ({WatermarkOpacity}),\n"

@@ -1,7 +1,10 @@
 #include "inplace/filerotation.h"
 
 #include "inplace/jpegtranrunner.h"
+#include "metadata/jpegsegmentlist.h"
 #include "metadata/kvimageinfo.h"
+#include "metadata/metadatanotes.h"
+#include "metadata/orientationtag.h"
 #include "support/activitylog.h"
 #include "support/filesystem.h"
 
@@ -25,6 +28,11 @@ bool writable(const QFileInfo& info) {
     return info.isWritable() && (info.permissions() & writeBits);
 }
 
+QByteArray readAll(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 } // namespace
 
 FileRotation::FileRotation(JpegtranRunner& jpegtran, FileSystem& fileSystem, ActivityLog& log)
@@ -41,17 +49,44 @@ QString FileRotation::backupPath(const QString& path) {
            info.fileName();
 }
 
-int FileRotation::degreesForOrientation(int orientation) {
+QStringList FileRotation::transformForOrientation(int orientation) {
     switch (orientation) {
-    case 6:
-        return 90;
-    case 8:
-        return 270;
+    case 2:
+        return {QStringLiteral("-flip"), QStringLiteral("horizontal")};
     case 3:
-        return 180;
-    default: // upright, mirrored, or no tag
-        return 0;
+        return {QStringLiteral("-rotate"), QStringLiteral("180")};
+    case 4:
+        return {QStringLiteral("-flip"), QStringLiteral("vertical")};
+    case 5:
+        return {QStringLiteral("-transpose")};
+    case 6:
+        return {QStringLiteral("-rotate"), QStringLiteral("90")};
+    case 7:
+        return {QStringLiteral("-transverse")};
+    case 8:
+        return {QStringLiteral("-rotate"), QStringLiteral("270")};
+    default: // upright, or no tag
+        return {};
     }
+}
+
+int FileRotation::turn(const QString& path, const QString& source, const QStringList& transform,
+                       bool& trimmed) {
+    // Every marker segment goes across (profile, XMP, comments). -perfect
+    // refuses a picture whose sides are not whole blocks rather than leave an
+    // unturned strip at its edge; that picture is turned again with the
+    // partial blocks trimmed off.
+    const auto run = [&](const QString& edges) {
+        return m_jpegtran.run(QStringList{QStringLiteral("-copy"), QStringLiteral("all"), edges} + transform +
+                              QStringList{QStringLiteral("-outfile"), path, source});
+    };
+    trimmed = false;
+    const int status = run(QStringLiteral("-perfect"));
+    if (status == 0 || status == -1)
+        return status;
+    const int retried = run(QStringLiteral("-trim"));
+    trimmed = retried == 0;
+    return retried == 0 ? 0 : status;
 }
 
 FileRotation::Outcome FileRotation::fail(const QString& format, const QString& name) {
@@ -65,9 +100,11 @@ FileRotation::Outcome FileRotation::rotate(const QString& path, int degrees, boo
     if (info.isDir())
         return fail(QStringLiteral("'%1' is a folder\n"), name);
     const bool automatic = degrees == 0;
+    QStringList transform{QStringLiteral("-rotate"), QString::number(degrees)};
     if (automatic) {
-        degrees = degreesForOrientation(KVImageInfo::orientationForPath(path, m_fileSystem));
-        if (degrees == 0) {
+        // The EXIF block may follow a JFIF segment, as in many cameras' files.
+        transform = transformForOrientation(readExifOrientation(native(path).constData(), m_fileSystem));
+        if (transform.isEmpty()) {
             m_log.writeActivity(QStringLiteral("Skipping '%1'\n").arg(name));
             return Outcome::Skipped;
         }
@@ -101,17 +138,21 @@ FileRotation::Outcome FileRotation::rotate(const QString& path, int degrees, boo
     }
 
     // The tool reads the moved original and writes the turned picture in its place.
-    const int status = m_jpegtran.run(
-        {QStringLiteral("-rotate"), QString::number(degrees), QStringLiteral("-outfile"), path, source});
+    bool trimmed = false;
+    const int status = turn(path, source, transform, trimmed);
+    MetadataNotes notes;
     QString failure;
     if (status == -1)
         failure = QStringLiteral("Unable to run jpegtran on '%1'\n");
     else if (status != 0)
         failure = QStringLiteral("'%1' is not a JPEG\n");
-    else if (KVImageInfo::copyInfoFromPath(source, path, m_fileSystem) != 1)
+    else if (KVImageInfo::copyInfoFromPath(source, path, m_fileSystem, &notes) != 1)
         failure = QStringLiteral("Unable to copy the EXIF data into '%1'\n");
-    else if (automatic && KVImageInfo::setOrientation(1, path, m_fileSystem) == 0)
+    else if (!restoreSegments(source, path))
+        failure = QStringLiteral("Unable to copy the metadata into '%1'\n");
+    else if (automatic && writeExifOrientation(native(path).constData(), 1, m_fileSystem) == 0)
         failure = QStringLiteral("Unable to reset the orientation of '%1'\n");
+    notes.writeDamage(m_log, name);
     if (!failure.isEmpty()) {
         putBack(path, source, marker);
         return fail(failure, name);
@@ -121,7 +162,45 @@ FileRotation::Outcome FileRotation::rotate(const QString& path, int degrees, boo
     QFile::setPermissions(path, QFileInfo(source).permissions());
     m_fileSystem.remove(native(marker));
     m_log.writeActivity(QStringLiteral("Rotated '%1'\n").arg(name));
+    if (trimmed)
+        m_log.writeWarningActivity(
+            QStringLiteral("\tTrimmed '%1' to whole blocks: its width or height was not a multiple of the "
+                           "block size\n")
+                .arg(name));
     return Outcome::Rotated;
+}
+
+bool FileRotation::restoreSegments(const QString& original, const QString& path) {
+    // The EXIF copy leaves out the original's JFIF segment and any APP1 other
+    // than EXIF (its XMP); they go back in, byte for byte, where they stood
+    // relative to the EXIF block.
+    const std::optional<JpegSegmentList> from = JpegSegmentList::parse(readAll(original));
+    const QByteArray turnedBytes = readAll(path);
+    std::optional<JpegSegmentList> turned = JpegSegmentList::parse(turnedBytes);
+    if (!from || !turned)
+        return false;
+    const auto has = [&turned](const JpegSegmentList::Segment& segment) {
+        for (const JpegSegmentList::Segment& own : turned->segments())
+            if (own.marker == segment.marker && own.payload == segment.payload)
+                return true;
+        return false;
+    };
+    qsizetype at = 0;
+    bool changed = false;
+    for (const JpegSegmentList::Segment& segment : from->segments()) {
+        const bool exif =
+            segment.marker == 0xE1 && segment.payload.startsWith(JpegSegmentList::ExifSignature);
+        if (exif) {
+            const qsizetype own = turned->find(0xE1, JpegSegmentList::ExifSignature);
+            at = own >= 0 ? own + 1 : at;
+            continue;
+        }
+        if ((segment.marker == 0xE0 || segment.marker == 0xE1) && !has(segment)) {
+            turned->segments().insert(at++, segment);
+            changed = true;
+        }
+    }
+    return !changed || m_fileSystem.writeAtomically(path, turned->toBytes());
 }
 
 void FileRotation::putBack(const QString& path, const QString& source, const QString& marker) {

@@ -24,9 +24,10 @@ class FileRotation {
 
     FileRotation(JpegtranRunner& jpegtran, FileSystem& fileSystem, ActivityLog& log);
 
-    // _rotateFile:by: degrees 90, 180 or 270, or 0 to turn the picture upright
-    // from its orientation tag (then reset to 1). The user's file is never
-    // lost: on any failure the original is back at its path.
+    // _rotateFile:by: degrees 90, 180 or 270, or 0 to turn (or mirror) the
+    // picture upright from its orientation tag (then reset to 1). Every
+    // metadata segment is kept. The user's file is never lost: on any failure
+    // the original is back at its path.
     Outcome rotate(const QString& path, int degrees, bool keepBackup);
 
     // Puts back the original of an interrupted rotation of `path`. Returns
@@ -44,9 +45,17 @@ class FileRotation {
     // "Quillet Originals/<name>" beside the file.
     static QString backupPath(const QString& path);
 
+    // jpegtran's arguments that turn a picture of this EXIF orientation
+    // upright; none when it already is.
+    static QStringList transformForOrientation(int orientation);
+
   private:
-    // The angle to turn by in automatic mode; 0 when the file stays as it is.
-    static int degreesForOrientation(int orientation);
+    // Runs jpegtran; `trimmed` tells whether the picture's partial edge
+    // blocks had to go. Returns the tool's status, -1 when it did not run.
+    int turn(const QString& path, const QString& source, const QStringList& transform, bool& trimmed);
+    // Puts back the metadata segments of `original` that the EXIF copy left
+    // out of `path`.
+    bool restoreSegments(const QString& original, const QString& path);
     void putBack(const QString& path, const QString& source, const QString& marker);
     Outcome fail(const QString& format, const QString& name);
 

@@ -49,8 +49,15 @@ int copyExif(JpegContext& ctx, const char* source, const char* destination) {
     // Handing the thumbnail's own bytes to RemoveThumbnail is what it has
     // always done: the re-parse fails its header check ("Incorrect Exif
     // header") and the removal works on the directory the read above found.
-    if (ctx.Info.ThumbnailPointer)
+    if (ctx.Info.ThumbnailPointer) {
+        // Where messages are kept for the user, that expected complaint is
+        // left out: it says nothing about either file.
+        const int suppressed = ctx.SupressNonFatalErrors;
+        if (ctx.Notes)
+            ctx.SupressNonFatalErrors = 1;
         RemoveThumbnail(ctx, ctx.Info.ThumbnailPointer, ctx.Info.ThumbnailSize);
+        ctx.SupressNonFatalErrors = suppressed;
+    }
 
     if (!ReadJpegFile(ctx, destination, ReadImage))
         return 0;

@@ -9,6 +9,7 @@
 namespace quillet {
 
 class FileSystem;
+class MetadataNotes;
 
 // State of one JPEG/EXIF call: the section list, the EXIF record and the
 // parser's working values. Every entry point of the byte layer takes one of
@@ -97,6 +98,11 @@ struct JpegContext {
 
     FILE* OutStream = stdout;
     FILE* ErrStream = stderr;
+    // When set, messages are kept here instead of printed.
+    MetadataNotes* Notes = nullptr;
+    // The file in hand began with SOI: a failure to read it is damage, not
+    // another format.
+    bool SawSoi = false;
     FileSystem* Files = nullptr; // null: the standard one
 };
 

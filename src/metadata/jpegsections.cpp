@@ -1,6 +1,7 @@
 #include "metadata/jpegsections.h"
 
 #include "metadata/exifparser.h"
+#include "metadata/metadatanotes.h"
 #include "support/filesystem.h"
 
 #include <atomic>
@@ -117,28 +118,61 @@ FileSystem& fileSystem(const JpegContext& ctx) {
     return ctx.Files ? *ctx.Files : FileSystem::standard();
 }
 
+namespace {
+
+// The message as one line for the notes, without its line feed.
+void keepNote(JpegContext& ctx, bool damage, const char* format, va_list args) {
+    QString text = QString::vasprintf(format, args);
+    while (text.endsWith(QLatin1Char('\n')))
+        text.chop(1);
+    ctx.Notes->add(text, damage);
+}
+
+} // namespace
+
 void printOut(JpegContext& ctx, const char* format, ...) {
     va_list args;
     va_start(args, format);
-    vprint(ctx.OutStream, format, args);
+    // What goes to standard output is about the file's structure: damage once
+    // the file has shown itself a JPEG.
+    if (ctx.Notes)
+        keepNote(ctx, ctx.SawSoi, format, args);
+    else
+        vprint(ctx.OutStream, format, args);
     va_end(args);
 }
 
 void printErr(JpegContext& ctx, const char* format, ...) {
     va_list args;
     va_start(args, format);
-    vprint(ctx.ErrStream, format, args);
+    if (ctx.Notes)
+        keepNote(ctx, false, format, args);
+    else
+        vprint(ctx.ErrStream, format, args);
     va_end(args);
 }
 
 void ErrFatal(JpegContext& ctx, const char* msg) {
+    if (ctx.Notes) {
+        ctx.Notes->add(QString::fromLocal8Bit(msg), true);
+        return;
+    }
     printErr(ctx, "Error : %s\n", msg);
     if (!ctx.CurrentFile.empty())
         printErr(ctx, "in file '%s'\n", ctx.CurrentFile.c_str());
 }
 
 void ErrNonfatal(JpegContext& ctx, const char* format, int a, int b) {
-    if (ctx.SupressNonFatalErrors || !ctx.ErrStream)
+    if (ctx.SupressNonFatalErrors)
+        return;
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+    if (ctx.Notes) {
+        ctx.Notes->add(QString::asprintf(format, a, b), true);
+        return;
+    }
+#pragma GCC diagnostic pop
+    if (!ctx.ErrStream)
         return;
     std::fputs("Nonfatal Error : ", ctx.ErrStream);
     if (!ctx.CurrentFile.empty())
@@ -170,8 +204,10 @@ void DiscardData(JpegContext& ctx) {
 }
 
 int ReadJpegSections(JpegContext& ctx, ByteSource& source, int mode) {
+    ctx.SawSoi = false;
     if (source.get() != 0xFF || source.get() != 0xD8)
         return 0;
+    ctx.SawSoi = true;
     bool haveComment = false;
     for (;;) {
         if (ctx.SectionsRead > MaxSections - 1) {

@@ -12,6 +12,8 @@
 
 namespace quillet {
 
+class MetadataNotes;
+
 // The metadata record of one picture: name, kind, pixel size, file size,
 // orientation, camera and exposure data, dates, caption, comment and a
 // thumbnail of at most 32 x 32 pixels. Immutable once built, apart from the
@@ -52,9 +54,10 @@ class KVImageInfo {
     // with fallback, any other picture libvips opens gives a record with its
     // pixel size, file size and date. Nothing when the file gives no record.
     // Without makeThumbnail the record has no thumbnail and no pixels are
-    // decoded (for listings that never show one).
+    // decoded (for listings that never show one). With `notes`, the JPEG
+    // reader's messages are kept there instead of printed.
     static std::optional<KVImageInfo> fromFile(const QString& path, bool fallbackOnFile = true,
-                                               bool makeThumbnail = true);
+                                               bool makeThumbnail = true, MetadataNotes* notes = nullptr);
     // initWithIphotoInfo:. The record of the "ImagePath" file, with the
     // dictionary's "Caption" and "Comment"; an empty record without a path,
     // nothing when the file gives no record.
@@ -65,7 +68,8 @@ class KVImageInfo {
     // Class methods fronting the EXIF transfer and the in-place orientation tag.
     // copyInfoFromPath:toPath: returns 1 when the destination was rewritten.
     static int copyInfoFromPath(const QString& source, const QString& destination,
-                                FileSystem& fileSystem = FileSystem::standard());
+                                FileSystem& fileSystem = FileSystem::standard(),
+                                MetadataNotes* notes = nullptr);
     static int orientationForPath(const QString& path, FileSystem& fileSystem = FileSystem::standard());
     // Returns the previous orientation, or 0 when nothing was written.
     static int setOrientation(int orientation, const QString& path,

@@ -90,13 +90,14 @@ bool extractFromFile(const QString& path, KVImageInfo::Data& data) {
 
 } // namespace
 
-std::optional<KVImageInfo> KVImageInfo::fromFile(const QString& path, bool fallbackOnFile,
-                                                 bool makeThumbnail) {
+std::optional<KVImageInfo> KVImageInfo::fromFile(const QString& path, bool fallbackOnFile, bool makeThumbnail,
+                                                 MetadataNotes* notes) {
     Data data;
     data.path = path;
     data.kind = kindFromPath(path);
 
     JpegContext ctx;
+    ctx.Notes = notes;
     const QByteArray native = QFile::encodeName(path);
     if (parseFile(ctx, native.constData())) {
         extractFromImageInfo(ctx, data, makeThumbnail);
@@ -123,9 +124,11 @@ std::optional<KVImageInfo> KVImageInfo::fromIphotoInfo(const QVariantMap& dictio
     return info;
 }
 
-int KVImageInfo::copyInfoFromPath(const QString& source, const QString& destination, FileSystem& fileSystem) {
+int KVImageInfo::copyInfoFromPath(const QString& source, const QString& destination, FileSystem& fileSystem,
+                                  MetadataNotes* notes) {
     JpegContext ctx;
     ctx.Files = &fileSystem;
+    ctx.Notes = notes;
     return copyExif(ctx, QFile::encodeName(source).constData(), QFile::encodeName(destination).constData());
 }
 

@@ -18,4 +18,10 @@ int _getOrientation(const char* path, FileSystem& fileSystem = FileSystem::stand
 // and returns the previous value byte, or 0 when nothing was written.
 int _setOrientation(const char* path, uint8_t value, FileSystem& fileSystem = FileSystem::standard());
 
+// The same reader and writer for any JPEG whose EXIF block comes before its
+// image data, after a JFIF segment or an ICC profile say, as many cameras
+// write them. The tag must still be in IFD0 and is rewritten in place.
+int readExifOrientation(const char* path, FileSystem& fileSystem = FileSystem::standard());
+int writeExifOrientation(const char* path, uint8_t value, FileSystem& fileSystem = FileSystem::standard());
+
 } // namespace quillet

@@ -27,6 +27,7 @@ inline constexpr char HasFizeLimit[] = "HasFizeLimit";
 inline constexpr char SizeLimit[] = "SizeLimit";
 inline constexpr char PreserveHeader[] = "PreserveHeader";
 inline constexpr char PreserveTransparency[] = "PreserveTransparency";
+inline constexpr char ConvertToSRGB[] = "ConvertToSRGB";
 inline constexpr char BackgroundColor[] = "BackgroundColor";
 inline constexpr char WatermarkEnabled[] = "WatermarkEnabled";
 inline constexpr char ImageWatermarkEnabled[] = "ImageWatermarkEnabled";

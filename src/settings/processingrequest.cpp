@@ -32,6 +32,7 @@ ProcessingRequest ProcessingRequest::decode(const ProcessingParams& p) {
     r.jpegQuality = p.intValue(K::JpegQuality);
     r.sizeLimitBytes = p.sizeLimitBytes();
     r.preserveHeader = r.format == FileFormat::Jpeg && p.boolValue(K::PreserveHeader);
+    r.convertToSrgb = p.boolValue(K::ConvertToSRGB);
 
     // The master switch governs both watermarks.
     const bool watermarks = p.boolValue(K::WatermarkEnabled);

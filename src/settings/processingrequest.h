@@ -55,6 +55,8 @@ struct ProcessingRequest {
     qint64 sizeLimitBytes = 0; // 0: no limit
     // Copy the source's EXIF block into a JPEG output.
     bool preserveHeader = false;
+    // Convert the pixels to sRGB instead of keeping the input's colour profile.
+    bool convertToSrgb = false;
     ImageWatermark imageWatermark;
     TextWatermark textWatermark;
 

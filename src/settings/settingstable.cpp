@@ -152,6 +152,7 @@ QList<SettingKey> settingsTable() {
         Row(K::SizeLimit, T::Int, G::Processing).range(0, 4000000).registered(0), // kilobytes
         Row(K::PreserveHeader, T::Bool, G::Processing).registered(true),
         Row(K::PreserveTransparency, T::Bool, G::Processing).registered(false),
+        Row(K::ConvertToSRGB, T::Bool, G::Processing).registered(false),
         Row(K::BackgroundColor, T::Colour, G::Processing).registered(RgbaColor::white().toVariant()),
         Row(K::WatermarkEnabled, T::Bool, G::Processing).registered(false),
         Row(K::ImageWatermarkEnabled, T::Bool, G::Processing).registered(false),

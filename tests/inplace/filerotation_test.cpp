@@ -1,7 +1,10 @@
 #include "inplace/filerotation.h"
 #include "inplace/jpegtranrunner.h"
 #include "jpegfixtures.h"
+#include "metadata/jpegsegmentlist.h"
 #include "metadata/kvimageinfo.h"
+#include "metadata/orientationtag.h"
+#include "orientationset.h"
 #include "support/activitylog.h"
 #include "support/failingfilesystem.h"
 
@@ -30,7 +33,7 @@ class FileRotationTest : public ::testing::Test, ActivityLog, JpegtranRunner {
     int run(const QStringList& arguments) override {
         calls.append(arguments);
         if (failWith != 0)
-            writeFile(arguments.at(3), "half a picture");
+            writeFile(arguments.at(arguments.indexOf(u"-outfile"_s) + 1), "half a picture");
         return failWith != 0 ? failWith : JpegtranRunner::run(arguments);
     }
     // One refused rename after `after` that work.
@@ -63,7 +66,8 @@ class FileRotationTest : public ::testing::Test, ActivityLog, JpegtranRunner {
 
 TEST_F(FileRotationTest, AutomaticTurnsACameraPictureUprightAndKeepsItsExif) {
     QString sample;
-    QUILLET_SAMPLE_OR_SKIP(sample, "orientation-landscape_1.jpg"); // its EXIF block comes first
+    // Its EXIF block comes first; 450 rows are not whole 8-row blocks.
+    QUILLET_SAMPLE_OR_SKIP(sample, "orientation-landscape_1.jpg");
     const QString path = put(u"portrait.jpg"_s, readFile(sample));
     ASSERT_EQ(KVImageInfo::setOrientation(6, path), 1);
     // value() throws, failing the test, when the EXIF cannot be read.
@@ -75,9 +79,14 @@ TEST_F(FileRotationTest, AutomaticTurnsACameraPictureUprightAndKeepsItsExif) {
     const vips::VImage expected = plainRotation(path, 90);
 
     ASSERT_EQ(rotation.rotate(path, 0, false), Outcome::Rotated);
-    EXPECT_EQ(calls, (QList<QStringList>{
-                         {u"-rotate"_s, u"90"_s, u"-outfile"_s, path, dir.filePath(".qlt.portrait.jpg")}}));
+    const QString moved = dir.filePath(".qlt.portrait.jpg");
+    EXPECT_EQ(calls,
+              (QList<QStringList>{
+                  {u"-copy"_s, u"all"_s, u"-perfect"_s, u"-rotate"_s, u"90"_s, u"-outfile"_s, path, moved},
+                  {u"-copy"_s, u"all"_s, u"-trim"_s, u"-rotate"_s, u"90"_s, u"-outfile"_s, path, moved}}));
     EXPECT_EQ(lines, QStringList{u"Rotated 'portrait.jpg'\n"_s});
+    ASSERT_EQ(warnings.size(), 1);
+    EXPECT_TRUE(warnings[0].startsWith(u"\tTrimmed 'portrait.jpg'"_s));
     EXPECT_EQ(KVImageInfo::orientationForPath(path), 1);
     EXPECT_EQ(exif(), before);
     EXPECT_EQ(maxDifference(path, expected), 0);
@@ -86,9 +95,11 @@ TEST_F(FileRotationTest, AutomaticTurnsACameraPictureUprightAndKeepsItsExif) {
 
 TEST_F(FileRotationTest, AnglesAndWhatBecomesOfTheTag) {
     // {orientation (-1: no EXIF), JFIF in front, degrees asked, where the red corner ends up, tag afterwards}
+    // Automatic mode mirrors as well as turns, and finds EXIF behind JFIF.
     const int cases[][6] = {
-        {8, 0, 0, 4, 60, 1},   {3, 0, 0, 60, 44, 1},  {6, 0, 180, 60, 44, 6},
-        {-1, 0, 90, 44, 4, 0}, {6, 1, 270, 4, 60, 6},
+        {8, 0, 0, 4, 60, 1},   {3, 0, 0, 60, 44, 1}, {6, 0, 180, 60, 44, 6}, {-1, 0, 90, 44, 4, 0},
+        {6, 1, 270, 4, 60, 6}, {2, 0, 0, 60, 4, 1},  {4, 0, 0, 4, 44, 1},    {5, 0, 0, 4, 4, 1},
+        {7, 1, 0, 44, 60, 1},  {6, 1, 0, 44, 4, 1},
     };
     for (const auto& [orientation, jfifFirst, degrees, x, y, tag] : cases) {
         const QString path = put(u"photo.jpg"_s, markedJpeg(orientation, jfifFirst));
@@ -96,14 +107,13 @@ TEST_F(FileRotationTest, AnglesAndWhatBecomesOfTheTag) {
         QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
         ASSERT_EQ(rotation.rotate(path, degrees, false), Outcome::Rotated) << orientation;
         EXPECT_GT(pixelAt(decode(path), x, y)[0], 200) << orientation;
-        EXPECT_EQ(KVImageInfo::orientationForPath(path), tag) << orientation;
+        EXPECT_EQ(readExifOrientation(path.toLocal8Bit().constData()), tag) << orientation;
         EXPECT_EQ(QFile::permissions(path) & 0x7077, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     }
 
-    // Automatic mode leaves alone the upright and mirrored values, no tag, no
-    // EXIF, and (the 6) EXIF behind JFIF.
-    for (const int orientation : {1, 2, 4, 5, 7, 0, -1, 6}) {
-        const QByteArray original = markedJpeg(orientation, orientation == 6);
+    // Automatic mode leaves alone an upright picture, no tag and no EXIF.
+    for (const int orientation : {1, 0, -1}) {
+        const QByteArray original = markedJpeg(orientation, orientation == 1);
         const QString path = put(u"photo.jpg"_s, original);
         EXPECT_EQ(rotation.rotate(path, 0, false), Outcome::Skipped) << orientation;
         EXPECT_EQ(readFile(path), original);
@@ -111,6 +121,42 @@ TEST_F(FileRotationTest, AnglesAndWhatBecomesOfTheTag) {
     EXPECT_EQ(calls.size(), qsizetype(std::size(cases)));
     EXPECT_EQ(lines.last(), u"Skipping 'photo.jpg'\n"_s);
     EXPECT_EQ(entries(), QStringList{u"photo.jpg"_s});
+}
+
+TEST_F(FileRotationTest, EveryOrientationOfACameraPictureTurnsUpright) {
+    QString sample;
+    QUILLET_SAMPLE_OR_SKIP(sample, "orientation-landscape_1.jpg");
+    const vips::VImage upright = orientationset::write(dir.path(), sample);
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        const QString path = dir.filePath(u"o%1.jpg"_s.arg(orientation));
+        ASSERT_EQ(rotation.rotate(path, 0, false), orientation == 1 ? Outcome::Skipped : Outcome::Rotated);
+        const vips::VImage image = decode(path);
+        ASSERT_EQ(std::pair(image.width(), image.height()), std::pair(592, 448)) << orientation;
+        // Lossless: only the stored picture's own encoding noise remains.
+        EXPECT_LT(orientationset::meanDifference(image, upright), 2) << orientation;
+        EXPECT_EQ(readExifOrientation(path.toLocal8Bit().constData()), 1) << orientation;
+    }
+    EXPECT_TRUE(warnings.isEmpty()) << "whole blocks need no trimming";
+}
+
+TEST_F(FileRotationTest, ProfileAndXmpComeThroughByteForByte) {
+    QString sample;
+    QUILLET_SAMPLE_OR_SKIP(sample, "xmp-BlueSquare.jpg"); // JFIF, EXIF, XMP, ICC, Photoshop
+    const QString path = put(u"square.jpg"_s, readFile(sample));
+    ASSERT_EQ(rotation.rotate(path, 90, false), Outcome::Rotated);
+    const auto before = JpegSegmentList::parse(readFile(sample)).value();
+    const auto after = JpegSegmentList::parse(readFile(path)).value();
+    ASSERT_FALSE(before.iccProfile().isEmpty());
+    EXPECT_EQ(after.iccProfile(), before.iccProfile());
+    const qsizetype xmp = before.find(0xE1, JpegSegmentList::XmpSignature);
+    ASSERT_GE(after.find(0xE1, JpegSegmentList::XmpSignature), 0);
+    EXPECT_EQ(after.segments()[after.find(0xE1, JpegSegmentList::XmpSignature)].payload,
+              before.segments()[xmp].payload);
+    EXPECT_EQ(KVImageInfo::fromFile(path).value().cameraModel(),
+              KVImageInfo::fromFile(sample).value().cameraModel());
+    // 216 rows are not whole 16-row blocks: trimmed, and said so.
+    EXPECT_EQ(decode(path).width(), 208);
+    EXPECT_EQ(warnings.size(), 1);
 }
 
 TEST_F(FileRotationTest, ReadOnlyFilesAndFoldersAreLeftAlone) {
@@ -168,7 +214,7 @@ TEST_F(FileRotationTest, AFailingStepPutsTheOriginalBack) {
     files.heal();
     EXPECT_EQ(readFile(path), original);
     EXPECT_EQ(entries(), (QStringList{u"Quillet Originals"_s, u"photo.jpg"_s}));
-    EXPECT_EQ(calls.size(), 3);
+    EXPECT_EQ(calls.size(), 4); // a failing tool is tried again with the edges trimmed
 
     // When even the move back fails, the original waits under its temporary
     // name, the file is not touched again, and the next run puts it back.

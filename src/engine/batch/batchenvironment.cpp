@@ -1,5 +1,6 @@
 #include "engine/batch/batchenvironment.h"
 
+#include "engine/pipeline/decoderwarnings.h"
 #include "metadata/jpegcontext.h"
 
 #include <vips/vips8>
@@ -11,9 +12,12 @@ namespace quillet {
 
 void BatchEnvironment::prepare(const BatchOptions& options) {
     vips_cache_set_max(0);
-    // The metadata reader's notes ("Incorrect Exif header" and the like) are
-    // diagnostics; standard output may be carrying the activity log.
-    setMetadataMessageStreams(stderr, stderr);
+    // The batch keeps the metadata reader's messages per file and shows the
+    // ones about damage in the activity log; anything read outside that
+    // (a caller without notes) is not the user's concern mid-batch.
+    setMetadataMessageStreams(nullptr, nullptr);
+    // libvips's own warnings likewise go to the file being read.
+    DecoderWarnings::install();
     // glibc gives every thread its own heap; with libvips's threads that
     // leaves freed picture memory scattered and the process larger than its
     // pictures. Two heaps keep the peak near what is really in use.

@@ -150,6 +150,12 @@ void ImageProcessor::runBatch(Batch& batch) {
                          batch.creator,
                          renderSettings(batch.params, batch.options, m_renamer, m_shell, false),
                          {}};
+    // Said once for the batch rather than left for the user to notice.
+    const ProcessingRequest::ImageWatermark& watermark = context.render.request.imageWatermark;
+    if (watermark.enabled && !context.render.watermark)
+        m_shell.writeWarningActivity(
+            QStringLiteral("Unable to read the watermark '%1'; pictures are written without it\n")
+                .arg(watermark.path));
     {
         QStringList tasks;
         for (const ImageProcessorHelper& helper : batch.helpers)

@@ -2,7 +2,9 @@
 
 #include "engine/batch/batchgate.h"
 #include "engine/batch/batchrenderqueue.h"
+#include "engine/pipeline/outputmetadata.h"
 #include "engine/pipeline/outputnaming.h"
+#include "metadata/metadatanotes.h"
 #include "support/customicon.h"
 #include "support/fileattributes.h"
 
@@ -96,16 +98,24 @@ int ImageProcessorHelper::processFile(const QString& path, int index, BatchConte
 int ImageProcessorHelper::commitFile(RenderedFile& rendered, int index, BatchContext& context,
                                      const QString& outputDir, std::optional<vips::VImage>* thumbnailOut) {
     rendered.pictureLog.replay(context.shell);
+    if (rendered.status == RenderedFile::Failed)
+        return NotWritten; // the log says why; nothing to copy in its place
     if (rendered.status != RenderedFile::Rendered)
         return rendered.status;
     const QString outputPath = writeImage(rendered, index, context, outputDir);
     if (outputPath.isEmpty())
         return NotWritten;
 
-    if (context.render.request.preserveHeader) {
+    const ProcessingRequest& request = context.render.request;
+    if (request.preserveHeader) {
+        MetadataNotes notes;
+        const int copied =
+            OutputMetadata::preserve(rendered.path, rendered.source, outputPath, request.resolution,
+                                     rendered.autoRotated, context.fileSystem, &notes);
+        notes.writeDamage(context.shell, QFileInfo(rendered.path).fileName());
         // The copy returns 1 when it rewrote the output; the log reads the
         // result the other way round, which users of the original know.
-        if (KVImageInfo::copyInfoFromPath(rendered.path, outputPath, context.fileSystem) != 0)
+        if (copied != 0)
             context.shell.writeWarningActivity(QStringLiteral("\tUnable to read and copy EXIF\n"));
         else
             context.shell.writeActivity(QStringLiteral("\tEXIF copied\n"));

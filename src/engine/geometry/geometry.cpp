@@ -36,7 +36,39 @@ Picture rotated(const Picture& picture, VipsAngle angle, bool quarter) {
     }
 }
 
+// A mirror image across the vertical (horizontal flip) or horizontal axis.
+Picture flipped(const Picture& picture, VipsDirection direction) {
+    if (!picture.image.get_image())
+        throw GeometryError("No picture to flip");
+    try {
+        return Picture{picture.image.flip(direction), picture.width, picture.height, picture.opaque};
+    } catch (const vips::VError& e) {
+        throw GeometryError(std::string("Flip failed: ") + e.what());
+    }
+}
+
 } // namespace
+
+Picture uprightFromOrientation(const Picture& picture, int orientation) {
+    switch (orientation) {
+    case 2:
+        return flipped(picture, VIPS_DIRECTION_HORIZONTAL);
+    case 3:
+        return rotateImage180(picture);
+    case 4:
+        return flipped(picture, VIPS_DIRECTION_VERTICAL);
+    case 5: // transpose: a quarter turn clockwise, then mirrored
+        return flipped(rotateImageCW(picture), VIPS_DIRECTION_HORIZONTAL);
+    case 6:
+        return rotateImageCW(picture);
+    case 7: // transverse: a quarter turn clockwise, then upside down
+        return flipped(rotateImageCW(picture), VIPS_DIRECTION_VERTICAL);
+    case 8:
+        return rotateImageCCW(picture);
+    default:
+        return picture;
+    }
+}
 
 Picture rotateImageCW(const Picture& picture) {
     return rotated(picture, VIPS_ANGLE_D90, true);
@@ -113,14 +145,8 @@ Picture turned(const Picture& picture, int rotation, const OrientationSource& or
         return rotateImage180(picture);
     case Rotation::Automatic: {
         const int tag = orientation ? orientation() : 1;
-        autoRotated = tag == 6 || tag == 8 || tag == 3;
-        if (tag == 6)
-            return rotateImageCW(picture);
-        if (tag == 8)
-            return rotateImageCCW(picture);
-        if (tag == 3)
-            return rotateImage180(picture);
-        return picture;
+        autoRotated = tag >= 2 && tag <= 8;
+        return uprightFromOrientation(picture, tag);
     }
     default:
         return picture;

@@ -32,9 +32,9 @@ struct Processed {
     bool autoRotated = false;
 };
 
-// Rotation by the "Rotation" code, then the sizing step. Code 4 turns by the
-// orientation (6 clockwise, 8 counter-clockwise, 3 half) and only then counts
-// as an automatic turn; unknown codes mean no rotation.
+// Rotation by the "Rotation" code, then the sizing step. Code 4 turns and
+// mirrors the picture upright by its EXIF orientation (2 to 8) and only then
+// counts as an automatic turn; unknown codes mean no rotation.
 Processed processImage(const Picture& picture, const OrientationSource& orientation, int rotation,
                        const Sizing& sizing, const Background& background);
 
@@ -42,6 +42,9 @@ Processed processImage(const Picture& picture, const OrientationSource& orientat
 Picture rotateImageCW(const Picture& picture);
 Picture rotateImageCCW(const Picture& picture);
 Picture rotateImage180(const Picture& picture);
+// The picture as it is meant to be seen, for an EXIF orientation of 1 to 8;
+// any other value leaves it as it is.
+Picture uprightFromOrientation(const Picture& picture, int orientation);
 
 Picture copyImage(const Picture& picture, const Background& background);
 Picture scaleImageToWidth(const Picture& picture, int width, bool downOnly, int interpolation,

@@ -1,5 +1,6 @@
 #include "engine/pipeline/outputencoder.h"
 
+#include "metadata/jpegsegmentlist.h"
 #include "settings/processingparams.h"
 
 #include <QString>
@@ -59,6 +60,35 @@ QByteArray withJfifDensity(QByteArray jpeg, int resolution) {
     return jpeg;
 }
 
+// Only the profile is left for the saver to write: the pixels may still carry
+// the input's EXIF, XMP and text chunks, which are not ours to pass on here.
+VImage withOnlyProfile(const VImage& image, const QByteArray& iccProfile) {
+    VImage out = image.copy();
+    VipsImage* handle = out.get_image();
+    gchar** fields = vips_image_get_fields(handle);
+    for (gchar** field = fields; *field; ++field) {
+        const char* name = *field;
+        if (vips_image_get_typeof(handle, name) == VIPS_TYPE_BLOB || g_str_has_prefix(name, "exif-") ||
+            g_str_has_prefix(name, "png-comment-"))
+            vips_image_remove(handle, name);
+    }
+    g_strfreev(fields);
+    if (!iccProfile.isEmpty())
+        vips_image_set_blob_copy(handle, VIPS_META_ICC_NAME, iccProfile.constData(),
+                                 size_t(iccProfile.size()));
+    return out;
+}
+
+QByteArray withIccSegments(const QByteArray& jpeg, const QByteArray& iccProfile) {
+    if (jpeg.isEmpty() || iccProfile.isEmpty())
+        return jpeg;
+    std::optional<JpegSegmentList> list = JpegSegmentList::parse(jpeg);
+    if (!list)
+        return jpeg;
+    list->setIccProfile(iccProfile);
+    return list->toBytes();
+}
+
 } // namespace
 
 namespace {
@@ -73,14 +103,18 @@ SaveOptions saveOptions() {
 }
 
 // Encodes through libvips's saver for `suffix`; no bytes when the picture is
-// empty or anything in the chain fails.
+// empty or anything in the chain fails. With a profile the saver writes it
+// and nothing else; without, it writes no metadata at all.
 template <typename Prepare>
-QByteArray encode(const Picture& picture, const char* suffix, Prepare prepare, SaveOptions options) {
+QByteArray encode(const Picture& picture, const char* suffix, Prepare prepare, SaveOptions options,
+                  const QByteArray& iccProfile = {}) {
     if (!encodable(picture))
         return {};
     try {
-        const VImage prepared = prepare(picture);
-        options->set("strip", true);
+        VImage prepared = prepare(picture);
+        if (!iccProfile.isEmpty())
+            prepared = withOnlyProfile(prepared, iccProfile);
+        options->set("strip", iccProfile.isEmpty());
         void* data = nullptr;
         size_t size = 0;
         prepared.write_to_buffer(suffix, &data, &size, options.release());
@@ -92,7 +126,8 @@ QByteArray encode(const Picture& picture, const char* suffix, Prepare prepare, S
 
 } // namespace
 
-QByteArray jpegDataForImage(const Picture& picture, int resolution, int quality) {
+QByteArray jpegDataForImage(const Picture& picture, int resolution, int quality,
+                            const QByteArray& iccProfile) {
     SaveOptions options = saveOptions();
     options->set("Q", std::clamp(quality, 1, 100));
     const QByteArray jpeg = encode(
@@ -104,24 +139,26 @@ QByteArray jpegDataForImage(const Picture& picture, int resolution, int quality)
             return withResolution(image, resolution);
         },
         std::move(options));
-    return withJfifDensity(jpeg, resolution);
+    // The profile goes in as our own segments: libvips writes an EXIF block of
+    // its making whenever it keeps any metadata.
+    return withIccSegments(withJfifDensity(jpeg, resolution), iccProfile);
 }
 
-QByteArray pngDataForImage(const Picture& picture, int resolution) {
+QByteArray pngDataForImage(const Picture& picture, int resolution, const QByteArray& iccProfile) {
     return encode(
         picture, ".png",
         [resolution](const Picture& p) { return withResolution(withAlphaIfNeeded(p), resolution); },
-        saveOptions());
+        saveOptions(), iccProfile);
 }
 
-QByteArray tiffDataForImage(const Picture& picture, int resolution) {
+QByteArray tiffDataForImage(const Picture& picture, int resolution, const QByteArray& iccProfile) {
     SaveOptions options = saveOptions();
     options->set("compression", VIPS_FOREIGN_TIFF_COMPRESSION_NONE)
         ->set("resunit", VIPS_FOREIGN_TIFF_RESUNIT_INCH);
     return encode(
         picture, ".tif",
         [resolution](const Picture& p) { return withResolution(withAlphaIfNeeded(p), resolution); },
-        std::move(options));
+        std::move(options), iccProfile);
 }
 
 int nextFactorWithSize(qint64 size, qint64 limit, int factor) {
@@ -171,15 +208,15 @@ QByteArray searchJpegQuality(const std::function<QByteArray(int)>& encode, int q
 }
 
 QByteArray dataForImage(const Picture& picture, int format, int resolution, int quality, qint64 byteLimit,
-                        ActivityLog& log) {
+                        ActivityLog& log, const QByteArray& iccProfile) {
     switch (format) {
     case FileFormat::Jpeg:
-        return searchJpegQuality([&](int q) { return jpegDataForImage(picture, resolution, q); }, quality,
-                                 byteLimit, log);
+        return searchJpegQuality([&](int q) { return jpegDataForImage(picture, resolution, q, iccProfile); },
+                                 quality, byteLimit, log);
     case FileFormat::Png:
-        return pngDataForImage(picture, resolution);
+        return pngDataForImage(picture, resolution, iccProfile);
     case FileFormat::Tiff:
-        return tiffDataForImage(picture, resolution);
+        return tiffDataForImage(picture, resolution, iccProfile);
     default:
         return {};
     }

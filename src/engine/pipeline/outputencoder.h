@@ -17,16 +17,19 @@ namespace OutputEncoder {
 // Bytes for format 101 (JPEG), 102 (PNG) or 103 (TIFF, uncompressed) at
 // `resolution` dpi. JPEG searches for a quality (0..100) whose file fits
 // `byteLimit` (0 for none) and logs the quality line, and the warning when
-// the search ran out of quality. Other format codes give empty bytes.
+// the search ran out of quality. Other format codes give empty bytes. A
+// non-empty `iccProfile` is embedded in every format (it counts against the
+// limit); the output carries no other metadata.
 QByteArray dataForImage(const Picture& picture, int format, int resolution, int quality, qint64 byteLimit,
-                        ActivityLog& log);
+                        ActivityLog& log, const QByteArray& iccProfile = {});
 
-// JPEG without alpha (the canvas already holds the background) and without
-// metadata of its own; quality 0..100 maps onto the encoder's 1..100.
-QByteArray jpegDataForImage(const Picture& picture, int resolution, int quality);
+// JPEG without alpha (the canvas already holds the background); quality
+// 0..100 maps onto the encoder's 1..100.
+QByteArray jpegDataForImage(const Picture& picture, int resolution, int quality,
+                            const QByteArray& iccProfile = {});
 // PNG and TIFF keep an alpha band only when some pixel is not fully opaque.
-QByteArray pngDataForImage(const Picture& picture, int resolution);
-QByteArray tiffDataForImage(const Picture& picture, int resolution);
+QByteArray pngDataForImage(const Picture& picture, int resolution, const QByteArray& iccProfile = {});
+QByteArray tiffDataForImage(const Picture& picture, int resolution, const QByteArray& iccProfile = {});
 
 // The next quality the size search tries after an encoding of `size` bytes
 // against `limit` bytes at quality `factor`; `factor` itself when no limit.

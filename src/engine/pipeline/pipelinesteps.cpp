@@ -10,9 +10,12 @@ namespace quillet {
 
 namespace PipelineSteps {
 
-int orientationOf(const QString& path) {
-    const auto info = KVImageInfo::fromFile(path, false, false);
-    const int orientation = info ? info->orientation() : 1;
+int orientationOf(const QString& path, const SourceMetadata& source, MetadataNotes* notes) {
+    int orientation = source.orientation;
+    if (source.isJpeg || !source.hasHeader) {
+        const auto info = KVImageInfo::fromFile(path, false, false, notes);
+        orientation = info ? info->orientation() : 1;
+    }
     return orientation >= 1 && orientation <= 8 ? orientation : 1;
 }
 
@@ -30,9 +33,10 @@ void drawWatermarks(Picture& picture, const ProcessingRequest& request,
     }
 }
 
-QByteArray encode(const Picture& picture, const ProcessingRequest& request, ActivityLog& log) {
+QByteArray encode(const Picture& picture, const ProcessingRequest& request, ActivityLog& log,
+                  const QByteArray& iccProfile) {
     return OutputEncoder::dataForImage(picture, request.format, request.resolution, request.jpegQuality,
-                                       request.sizeLimitBytes, log);
+                                       request.sizeLimitBytes, log, iccProfile);
 }
 
 vips::VImage thumbnail(const Picture& picture) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/picture.h"
+#include "engine/pipeline/sourcemetadata.h"
 #include "metadata/kvimageinfo.h"
 #include "settings/processingrequest.h"
 #include "support/activitylog.h"
@@ -16,13 +17,17 @@ namespace quillet {
 // gathered behind one narrow front so the batch reads as its steps.
 namespace PipelineSteps {
 
-// EXIF orientation of the file, 1 when it has none.
-int orientationOf(const QString& path);
+// EXIF orientation of the file, 1 when it has none. A JPEG's comes from its
+// EXIF block (the reader's messages go to `notes` when given); another
+// format's from what its decoder read, and a HEIF picture, decoded upright,
+// has none.
+int orientationOf(const QString& path, const SourceMetadata& source = {}, MetadataNotes* notes = nullptr);
 // Image and text watermarks as the request asks.
 void drawWatermarks(Picture& picture, const ProcessingRequest& request,
                     const std::optional<Picture>& watermark, const KVImageInfo* info, ActivityLog& log);
-// The output bytes, empty on failure.
-QByteArray encode(const Picture& picture, const ProcessingRequest& request, ActivityLog& log);
+// The output bytes with the colour profile given, empty on failure.
+QByteArray encode(const Picture& picture, const ProcessingRequest& request, ActivityLog& log,
+                  const QByteArray& iccProfile = {});
 // The status thumbnail: fit into 64 x 64, never enlarged.
 vips::VImage thumbnail(const Picture& picture);
 // The watermark picture, none when the file does not load.

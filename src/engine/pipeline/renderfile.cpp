@@ -1,9 +1,13 @@
 #include "engine/pipeline/renderfile.h"
 
 #include "engine/geometry/geometry.h"
+#include "engine/pipeline/colourprofile.h"
+#include "engine/pipeline/decoderwarnings.h"
 #include "engine/pipeline/pictureloader.h"
 #include "engine/pipeline/pipelineshrink.h"
 #include "engine/pipeline/pipelinesteps.h"
+
+#include "metadata/metadatanotes.h"
 
 #include <QFileInfo>
 
@@ -16,8 +20,10 @@ namespace {
 bool isQuarterTurn(int rotation, int orientation) {
     if (rotation == Rotation::Clockwise || rotation == Rotation::CounterClockwise)
         return true;
-    return rotation == Rotation::Automatic && (orientation == 6 || orientation == 8);
+    return rotation == Rotation::Automatic && orientation >= 5 && orientation <= 8;
 }
+
+void finish(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, int orientation);
 
 void render(RenderedFile& out, const RenderSettings& settings) {
     const ProcessingRequest& request = settings.request;
@@ -29,8 +35,12 @@ void render(RenderedFile& out, const RenderSettings& settings) {
     if (!header)
         return;
 
+    MetadataNotes notes;
+    const DecoderWarnings warnings(notes);
+    out.source = SourceMetadata::read(out.path);
     const int rotation = request.rotation;
-    const int orientation = rotation == Rotation::Automatic ? PipelineSteps::orientationOf(out.path) : 1;
+    const int orientation =
+        rotation == Rotation::Automatic ? PipelineSteps::orientationOf(out.path, out.source, &notes) : 1;
     int shrink = 1;
     if (header->isJpeg) {
         const bool swap = isQuarterTurn(rotation, orientation);
@@ -41,6 +51,7 @@ void render(RenderedFile& out, const RenderSettings& settings) {
     if (loaded.status == PictureLoader::Status::NotAPicture)
         return;
     if (loaded.status == PictureLoader::Status::Corrupted) {
+        // The line below says it all; the decoder's complaints would only repeat it.
         out.status = RenderedFile::Corrupted;
         out.pictureLog.writeWarningActivity(
             QStringLiteral("Unable to open '%1' - file may be corrupted\n").arg(file.fileName()));
@@ -49,21 +60,42 @@ void render(RenderedFile& out, const RenderSettings& settings) {
     out.status = RenderedFile::Rendered;
     out.pictureLog.writeActivity(QStringLiteral("Processing '%1'\n").arg(file.fileName()));
     if (settings.needsInfo)
-        out.info = KVImageInfo::fromFile(out.path, true, false);
+        out.info = KVImageInfo::fromFile(out.path, true, false, &notes);
+    notes.writeDamage(out.pictureLog, file.fileName());
+    try {
+        finish(out, settings, loaded.picture, orientation);
+    } catch (const std::exception& e) {
+        // Reported for this file alone; the batch goes on with the next.
+        vips_error_clear();
+        out.status = RenderedFile::Failed;
+        out.bytes.clear();
+        out.pictureLog.writeWarningActivity(
+            QStringLiteral("\tUnable to process '%1': %2\n")
+                .arg(file.fileName(), QString::fromLocal8Bit(e.what()).trimmed()));
+    }
+}
+
+// Geometry, colours, watermarks and encoding of a loaded picture.
+void finish(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, int orientation) {
+    const ProcessingRequest& request = settings.request;
+    const int rotation = request.rotation;
 
     Geometry::Processed processed = Geometry::processImage(
-        loaded.picture, [orientation] { return orientation; }, rotation, request.sizing, request.background);
+        loaded, [orientation] { return orientation; }, rotation, request.sizing, request.background);
     Picture& picture = processed.picture;
     out.autoRotated = processed.autoRotated;
     out.pictureLog.writeActivity(
         QString::asprintf("\tDimension: %.0f x %.0f\n", picture.width, picture.height));
+    const QByteArray profile = request.convertToSrgb
+                                   ? ColourProfile::convertToSrgb(picture, out.source.iccProfile)
+                                   : out.source.iccProfile;
     PipelineSteps::drawWatermarks(picture, request, settings.watermark, out.info ? &*out.info : nullptr,
                                   out.pictureLog);
-    out.bytes = PipelineSteps::encode(picture, request, out.encoderLog);
+    out.bytes = PipelineSteps::encode(picture, request, out.encoderLog, profile);
     if (settings.wantsThumbnail) {
         // The thumbnail is only shown; the file is written without it.
         try {
-            out.thumbnail = PipelineSteps::thumbnail(loaded.picture).copy_memory();
+            out.thumbnail = PipelineSteps::thumbnail(loaded).copy_memory();
         } catch (const std::exception&) {
             vips_error_clear();
         }

@@ -2,6 +2,7 @@
 
 #include "engine/batch/batchlog.h"
 #include "engine/picture.h"
+#include "engine/pipeline/sourcemetadata.h"
 #include "metadata/kvimageinfo.h"
 #include "settings/processingrequest.h"
 
@@ -16,7 +17,9 @@ namespace quillet {
 // and the settings, and so can run ahead of the file being committed on any
 // thread. Nothing here writes to disk or talks to the user.
 struct RenderedFile {
-    enum Status { Rendered = 0, NotAPicture = 1, Corrupted = 2 };
+    // Failed: loaded, but geometry, watermarks or colours could not be done;
+    // the reason is in pictureLog and nothing is written.
+    enum Status { Rendered = 0, NotAPicture = 1, Corrupted = 2, Failed = 4 };
 
     QString path;
     Status status = NotAPicture;
@@ -29,6 +32,7 @@ struct RenderedFile {
     // The file's metadata record, made only when naming, watermark or dates need it.
     std::optional<KVImageInfo> info;
     std::optional<vips::VImage> thumbnail; // 64 x 64 at most, of the input picture
+    SourceMetadata source;                 // the input's profile, EXIF and XMP
 };
 
 // What the pixel stage needs besides the file: shared read-only by every

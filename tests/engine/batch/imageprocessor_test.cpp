@@ -436,3 +436,30 @@ INSTANTIATE_TEST_SUITE_P(Settings, ParallelBatchTest,
                          });
 
 } // namespace
+
+namespace {
+
+TEST_F(BatchTest, AnUnreadableWatermarkIsReportedOnceAndTheBatchGoesOn) {
+    batchtree::picture(p("a.png"), 80, 60);
+    batchtree::picture(p("b.png"), 80, 60);
+    params.setBool(ParamKey::WatermarkEnabled, true);
+    params.setBool(ParamKey::ImageWatermarkEnabled, true);
+    params.setString(ParamKey::WatermarkPath, p("gone.png"));
+    const QStringList calls = run({p("a.png"), p("b.png")});
+    EXPECT_EQ(calls.filter(QStringLiteral("Unable to read the watermark")).size(), 1);
+    EXPECT_EQ(batchtree::entries(out), "a.jpg b.jpg");
+}
+
+// A sizing that leaves no pixels fails that file alone, not as a write error.
+TEST_F(BatchTest, AGeometryFailureIsThatFilesAlone) {
+    batchtree::picture(p("a.png"), 80, 60);
+    params.setInt(ParamKey::ScaleType, ScaleType::ToWidth);
+    params.setInt(ParamKey::Width, 0);
+    const QStringList calls = run({p("a.png")});
+    EXPECT_FALSE(calls.filter(QStringLiteral("Unable to process 'a.png'")).isEmpty())
+        << calls.join('|').toStdString();
+    EXPECT_TRUE(calls.filter(QStringLiteral("Unable to write")).isEmpty());
+    EXPECT_EQ(calls.last(), "done 1 of 1");
+}
+
+} // namespace

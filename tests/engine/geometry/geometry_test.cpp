@@ -49,13 +49,26 @@ TEST(Geometry, TurnsMoveCornersAndKeepPixelScale) {
     }
 }
 
-TEST(Geometry, AutomaticRotationFollowsOrientation) {
+TEST(Geometry, AutomaticRotationTurnsAndMirrorsEveryOrientationUpright) {
+    // The quadrants as stored: red, green / blue, white. For each orientation,
+    // the upright picture's width and its top-left and top-right colours.
     const Picture picture = quadrants(30, 20);
-    for (const auto& [orientation, width] : {std::pair{6, 20}, {8, 20}, {3, 30}, {1, 30}, {5, 30}}) {
-        const Geometry::Processed out = Geometry::processImage(picture, [o = orientation] { return o; },
+    const std::vector<double> R{255, 0, 0}, G{0, 255, 0}, B{0, 0, 255},
+        W{255, 255, 255}; // opaque: three bands
+    const struct {
+        int orientation, width;
+        std::vector<double> left, right;
+    } cases[] = {{1, 30, R, G}, {2, 30, G, R}, {3, 30, W, B}, {4, 30, B, W}, {5, 20, R, B},
+                 {6, 20, B, R}, {7, 20, W, G}, {8, 20, G, W}, {0, 30, R, G}, {9, 30, R, G}};
+    for (const auto& c : cases) {
+        const Geometry::Processed out = Geometry::processImage(picture, [o = c.orientation] { return o; },
                                                                Rotation::Automatic, Sizing{}, {});
-        EXPECT_EQ(out.picture.image.width(), width) << orientation;
-        EXPECT_EQ(out.autoRotated, width == 20 || orientation == 3) << orientation;
+        const VImage& image = out.picture.image;
+        ASSERT_EQ(image.width(), c.width) << c.orientation;
+        EXPECT_EQ(out.picture.width, c.width) << c.orientation;
+        EXPECT_EQ(testsupport::pixelAt(image, 1, 1), c.left) << c.orientation;
+        EXPECT_EQ(testsupport::pixelAt(image, image.width() - 2, 1), c.right) << c.orientation;
+        EXPECT_EQ(out.autoRotated, c.orientation >= 2 && c.orientation <= 8) << c.orientation;
     }
 }
 

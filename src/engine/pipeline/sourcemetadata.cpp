@@ -1,0 +1,78 @@
+#include "engine/pipeline/sourcemetadata.h"
+
+#include <QFile>
+
+#include <vips/vips8>
+
+#include <cstring>
+
+namespace quillet {
+
+namespace {
+
+QByteArray blob(const vips::VImage& image, const char* name) {
+    if (!vips_image_get_typeof(image.get_image(), name))
+        return {};
+    const void* data = nullptr;
+    size_t size = 0;
+    if (vips_image_get_blob(image.get_image(), name, &data, &size) != 0) {
+        vips_error_clear();
+        return {};
+    }
+    return QByteArray(static_cast<const char*>(data), qsizetype(size));
+}
+
+// libvips hands EXIF over with or without the APP1 signature, by format.
+QByteArray tiffOf(QByteArray exif) {
+    if (exif.startsWith(QByteArray("Exif\0\0", 6)))
+        exif.remove(0, 6);
+    if (!exif.startsWith("II*") && !exif.startsWith(QByteArray("MM\0*", 4)))
+        return {};
+    return exif;
+}
+
+} // namespace
+
+SourceMetadata SourceMetadata::read(const QString& path) {
+    SourceMetadata out;
+    const QByteArray native = QFile::encodeName(path);
+    const char* loader = vips_foreign_find_load(native.constData());
+    if (!loader) {
+        vips_error_clear();
+        return out;
+    }
+    out.isJpeg = std::strcmp(loader, "VipsForeignLoadJpegFile") == 0;
+    out.decodedUpright = std::strcmp(loader, "VipsForeignLoadHeifFile") == 0;
+    try {
+        // Only the header is read here; the pixels are decoded elsewhere.
+        // Through a source of its own, as libvips caches loads by file name
+        // and a file rewritten under the same name would read as it was.
+        const vips::VImage image =
+            vips::VImage::new_from_source(vips::VSource::new_from_file(native.constData()), "");
+        out.hasHeader = true;
+        if (!out.isJpeg && !out.decodedUpright &&
+            vips_image_get_typeof(image.get_image(), VIPS_META_ORIENTATION))
+            out.orientation = image.get_int(VIPS_META_ORIENTATION);
+        out.iccProfile = blob(image, VIPS_META_ICC_NAME);
+        if (!isRgbProfile(out.iccProfile))
+            out.iccProfile.clear();
+        out.exif = tiffOf(blob(image, VIPS_META_EXIF_NAME));
+        out.xmp = blob(image, VIPS_META_XMP_NAME);
+    } catch (const vips::VError&) {
+        vips_error_clear();
+    }
+    return out;
+}
+
+bool SourceMetadata::isRgbProfile(const QByteArray& profile) {
+    // The header's data colour space field, at byte 16.
+    return profile.size() >= 128 && profile.mid(16, 4) == "RGB " && profile.mid(36, 4) == "acsp";
+}
+
+bool SourceMetadata::isSrgbProfile(const QByteArray& profile) {
+    // Descriptions are stored as ASCII (v2) or UTF-16 (v4); the common sRGB
+    // profiles name themselves "sRGB" either way.
+    return profile.contains("sRGB") || profile.contains(QByteArray("s\0R\0G\0B", 7));
+}
+
+} // namespace quillet
