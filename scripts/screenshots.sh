@@ -6,6 +6,7 @@
 #   main-window.png     the main window after it
 #   activity-log.png    the activity log window after it
 set -euo pipefail
+[ -n "${QUILLET_TRACE:-}" ] && set -x
 cd "$(dirname "$0")/.."
 if [ "${1:-}" != "--inside" ]; then
     [ -x build/release/quillet-gui ] || scripts/build.sh release
@@ -43,12 +44,16 @@ INI
 export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config
 unset DBUS_SESSION_BUS_ADDRESS
 
-# The geometry of the named window as WxH+X+Y, once it is on screen.
+# The geometry (WxH+X+Y) of the application's window whose title begins with
+# the given text, while it is on screen.
 geometry() {
-    xwininfo -name "$1" 2>/dev/null | awk '
-        /Absolute upper-left X/ {x=$NF} /Absolute upper-left Y/ {y=$NF}
-        /Width:/ {w=$NF} /Height:/ {h=$NF} /Map State: IsViewable/ {v=1}
-        END {if (v) printf "%sx%s+%s+%s\n", w, h, x, y}'
+    local id
+    for id in $(xwininfo -root -tree | awk -v t="\"$1" 'index($0, t) == index($0, "\"") && /"quillet-gui"/ {print $1}'); do
+        xwininfo -id "$id" | awk '
+            /Absolute upper-left X/ {x=$NF} /Absolute upper-left Y/ {y=$NF}
+            /Width:/ {w=$NF} /Height:/ {h=$NF} /Map State: IsViewable/ {v=1}
+            END {if (v) printf "%sx%s+%s+%s\n", w, h, x, y}'
+    done | head -n 1
 }
 wait_for() { # name, tries of 0.1 s
     for _ in $(seq "$2"); do
@@ -63,7 +68,7 @@ shoot() { # geometry, file
     echo "saved $2"
 }
 
-build/release/quillet-gui --settings "$work/settings.ini" "$work/Holiday 2024" &
+build/release/quillet-gui --settings "$work/settings.ini" "$work/Holiday 2024" 2>"$work/stderr.log" &
 app=$!
 main=$(wait_for Quillet 100)
 wait_for Processing 100 >/dev/null
@@ -76,5 +81,5 @@ for _ in $(seq 600); do
 done
 sleep 1
 shoot "$main" "$shots/main-window.png"
-shoot "$(wait_for 'Activity Log — Quillet' 10 || wait_for 'Activity Log' 10)" "$shots/activity-log.png"
+shoot "$(wait_for 'Activity Log' 10)" "$shots/activity-log.png"
 ls "$work/home/Desktop/Holiday 2024" | wc -l | xargs echo "outputs on the scratch desktop:"

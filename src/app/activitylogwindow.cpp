@@ -37,7 +37,7 @@ ActivityLogWindow::ActivityLogWindow(ActivityLogModel& model, UserDefaults& defa
     layout->addWidget(m_view);
 
     m_restoring = true;
-    resize(640, 420);
+    resize(760, 460);
     const QByteArray frame = m_defaults.value(QLatin1String(FrameKey)).toByteArray();
     if (!frame.isEmpty())
         m_placed = restoreGeometry(frame);
