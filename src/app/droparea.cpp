@@ -12,7 +12,6 @@ DropArea::DropArea(QWidget* parent) : QFrame(parent) {
     setObjectName(QStringLiteral("dropArea"));
     setAcceptDrops(true);
     setMinimumSize(320, 240);
-    setToolTip(tr("Drop files or folders here to start processing."));
 }
 
 QStringList DropArea::localPaths(const QMimeData* data) {

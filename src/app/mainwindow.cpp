@@ -4,6 +4,7 @@
 #include "app/appcontroller.h"
 #include "app/droparea.h"
 #include "app/filechooser.h"
+#include "app/fileoptionsbox.h"
 #include "app/progresssheet.h"
 #include "app/settingspanel.h"
 #include "app/sheets.h"
@@ -14,6 +15,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QGridLayout>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
@@ -58,7 +60,10 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
     grid->setHorizontalSpacing(16);
     grid->addLayout(destinationRow, 0, 0);
     grid->addWidget(m_dropArea, 1, 0);
-    grid->addWidget(m_settings, 0, 1, 2, 1);
+    auto* side = new QVBoxLayout;
+    side->addWidget(m_settings, 1);
+    side->addWidget(new FileOptionsBox(controller.defaults(), this));
+    grid->addLayout(side, 0, 1, 2, 1);
     grid->addWidget(buildStatusRow(), 2, 0, 1, 2);
     grid->setColumnStretch(0, 1);
     grid->setRowStretch(1, 1);
@@ -87,6 +92,7 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
             m_settings->refresh();
     });
     connect(&controller, &AppController::readyToQuit, this, &QWidget::close);
+    applyPreferences();
     // Reopened once this window is up, so that it comes up above it.
     if (controller.defaults().boolValue(QStringLiteral("ActivityLogVisible")))
         QTimer::singleShot(0, m_log, [this] { m_log->setOpen(true); });
@@ -196,6 +202,21 @@ void MainWindow::openFolder() {
     if (const auto folder =
             FileChooser::chooseFolder(m_controller.sheets(), tr("Open Folder"), QDir::homePath()))
         m_controller.openFile(*folder);
+}
+
+void MainWindow::applyPreferences() {
+    UserDefaults& defaults = m_controller.defaults();
+    m_dropArea->setToolTip(defaults.boolValue(QStringLiteral("HideToolTips"))
+                               ? QString()
+                               : tr("Drop files or folders here to start processing."));
+    // The log steps aside while another application is in front, and comes
+    // back with this one; whether it is open stays as the user left it.
+    disconnect(qApp, &QGuiApplication::applicationStateChanged, this, nullptr);
+    if (defaults.boolValue(QStringLiteral("HideOnDeactivate")))
+        connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+            const bool open = m_controller.defaults().boolValue(QStringLiteral("ActivityLogVisible"));
+            m_log->setVisible(open && state == Qt::ApplicationActive);
+        });
 }
 
 void MainWindow::setTitle(const std::optional<QString>& title) {

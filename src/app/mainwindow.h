@@ -31,6 +31,8 @@ class MainWindow : public QMainWindow {
 
     void setTitle(const std::optional<QString>& title);
     void setTitleSuffix(const std::optional<QString>& suffix);
+    // Applies "HideToolTips" and "HideOnDeactivate".
+    void applyPreferences();
 
   protected:
     void closeEvent(QCloseEvent* event) override;
