@@ -165,6 +165,28 @@ TEST_F(AppControllerTest, QuittingWithAQuestionUpSkipsItAndFinishesCleanly) {
     EXPECT_TRUE(controller->requestQuit());
 }
 
+TEST_F(AppControllerTest, EngineMessagesComeUpAsSheetsBeforeTheCompletionLine) {
+    const QStringList pictures = makePictures(in(), 2);
+    // Writing into the input folder would replace the originals.
+    controller->destinations().add(in());
+    QString statusWhenAsked = "unset";
+    sheets.setAnswerHook([&](const SheetRequest&) {
+        statusWhenAsked = controller->status();
+        return SheetAnswer{1, {}};
+    });
+    ASSERT_TRUE(runBatch(pictures));
+    EXPECT_EQ(asked, QStringList{"Attempt to Overwrite Original"});
+    EXPECT_EQ(filesIn(in()), (QStringList{"pic00.jpg", "pic01.jpg"}));
+
+    asked.clear();
+    testsupport::writeFile(scratch->filePath("file"), "x");
+    controller->destinations().add(scratch->filePath("file/out"));
+    ASSERT_TRUE(runBatch(pictures));
+    EXPECT_EQ(asked, QStringList{"Error Creating Folder"});
+    EXPECT_FALSE(statusWhenAsked.startsWith("Cancelled")) << statusWhenAsked.toStdString();
+    EXPECT_EQ(controller->status(), "Cancelled (processed 0 of 2)");
+}
+
 TEST_F(AppControllerTest, SingleFileOptionsUseTheClipboardOrTheViewerButNeverForAFolder) {
     const QStringList pictures = makePictures(in(), 1);
     controller->defaults().setInt("SingleFile", 2);
