@@ -10,8 +10,8 @@ packages=(
   libgtest-dev libgmock-dev
   # runtime tools and fonts
   libjpeg-turbo-progs fonts-dejavu-core
-  # test oracle, fuzzing, GUI tests
-  libimage-exiftool-perl clang libclang-rt-14-dev xvfb
+  # test oracle, fuzzing, GUI tests and screenshots
+  libimage-exiftool-perl clang libclang-rt-14-dev xvfb x11-utils
   # benchmark competitors and measurement
   libvips-tools graphicsmagick imagemagick time
 )

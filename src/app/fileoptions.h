@@ -6,23 +6,31 @@ namespace quillet {
 
 class UserDefaults;
 
-// The five file-option check boxes, by tag: 0 "CopyNonImageFiles",
-// 1 "SetCreationDate", 2 "SetModificationDate", 3 "HideExtension",
-// 4 "CustomIcon". Each stores its state at once. The modification-date box
-// works only while the creation-date box is ticked: otherwise it is disabled
-// and shows unticked, and its stored value waits for it.
+// The five file options of the main window, by the tags of their boxes, kept
+// in the settings store. The modification date can only be set together with
+// the creation date: while "SetCreationDate" is off its box is disabled and
+// shows off, and its stored value is kept for when it comes back.
 class FileOptions {
   public:
-    enum Tag : int { CopyNonImageFiles = 0, SetCreationDate, SetModificationDate, HideExtension, CustomIcon };
-    static constexpr int Count = 5;
+    enum Tag : int {
+        CopyNonImageFiles = 0,
+        SetCreationDate = 1,
+        SetModificationDate = 2,
+        HideExtension = 3,
+        CustomIcon = 4,
+        Count = 5
+    };
 
     explicit FileOptions(UserDefaults& defaults) : m_defaults(defaults) {}
 
     static QString key(int tag);
-    bool isEnabled(int tag) const;
-    // What the box shows.
-    bool isChecked(int tag) const;
-    void toggle(int tag, bool on);
+    static QString title(int tag);
+    void set(int tag, bool on);
+    // The stored value.
+    bool value(int tag) const;
+    // What the box shows and whether it can be changed.
+    bool shown(int tag) const;
+    bool enabled(int tag) const;
 
   private:
     UserDefaults& m_defaults;

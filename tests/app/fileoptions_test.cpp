@@ -1,6 +1,8 @@
 #include "app/fileoptions.h"
+#include "app/fileoptionsbox.h"
 #include "settings/userdefaults.h"
 
+#include <QCheckBox>
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -8,24 +10,33 @@
 
 using namespace quillet;
 
-TEST(FileOptions, ModificationDateFollowsCreationDateAndKeepsItsStoredValue) {
-    QTemporaryDir dir;
-    QSettings store(dir.filePath(QStringLiteral("s.ini")), QSettings::IniFormat);
-    UserDefaults defaults(store);
-    FileOptions options(defaults);
-    // Registered defaults: copy and hide on, the rest off.
-    EXPECT_TRUE(options.isChecked(FileOptions::CopyNonImageFiles));
-    EXPECT_TRUE(options.isChecked(FileOptions::HideExtension));
-    EXPECT_FALSE(options.isEnabled(FileOptions::SetModificationDate));
+namespace {
 
-    options.toggle(FileOptions::SetCreationDate, true);
-    options.toggle(FileOptions::SetModificationDate, true);
-    EXPECT_TRUE(options.isChecked(FileOptions::SetModificationDate));
-    options.toggle(FileOptions::SetCreationDate, false);
-    EXPECT_FALSE(options.isEnabled(FileOptions::SetModificationDate));
-    EXPECT_FALSE(options.isChecked(FileOptions::SetModificationDate));
-    options.toggle(FileOptions::SetModificationDate, false); // a disabled box takes no clicks
-    options.toggle(FileOptions::SetCreationDate, true);
-    EXPECT_TRUE(options.isChecked(FileOptions::SetModificationDate));
-    EXPECT_TRUE(store.value(QStringLiteral("SetModificationDate")).toBool());
+TEST(FileOptionsTest, ModificationDateFollowsCreationDateButKeepsItsStoredValue) {
+    QTemporaryDir dir;
+    QSettings store(dir.filePath("s.ini"), QSettings::IniFormat);
+    UserDefaults defaults(store);
+    FileOptionsBox box(defaults);
+    auto* creation = box.findChild<QCheckBox*>("fileOption1");
+    auto* modification = box.findChild<QCheckBox*>("fileOption2");
+    EXPECT_FALSE(modification->isEnabled());
+
+    creation->setChecked(true);
+    ASSERT_TRUE(modification->isEnabled());
+    modification->setChecked(true);
+    creation->setChecked(false);
+    EXPECT_FALSE(modification->isEnabled());
+    EXPECT_FALSE(modification->isChecked());
+    EXPECT_TRUE(defaults.boolValue("SetModificationDate"));
+    // A disabled box cannot change the stored value.
+    FileOptions(defaults).set(FileOptions::SetModificationDate, false);
+    EXPECT_TRUE(defaults.boolValue("SetModificationDate"));
+
+    creation->setChecked(true);
+    EXPECT_TRUE(modification->isChecked());
+    EXPECT_EQ(FileOptions::key(FileOptions::CustomIcon), "CustomIcon");
+    box.findChild<QCheckBox*>("fileOption4")->setChecked(true);
+    EXPECT_TRUE(defaults.boolValue("CustomIcon"));
 }
+
+} // namespace

@@ -1,0 +1,85 @@
+#!/usr/bin/env bash
+# Starts the desktop application under Xvfb on the pictures of samples/, copied
+# many times over so that the batch lasts long enough to be caught, with a
+# scratch settings file and home folder, and saves into docs/screenshots/:
+#   progress-sheet.png  the main window during the batch
+#   main-window.png     the main window after it
+#   activity-log.png    the activity log window after it
+set -euo pipefail
+[ -n "${QUILLET_TRACE:-}" ] && set -x
+cd "$(dirname "$0")/.."
+if [ "${1:-}" != "--inside" ]; then
+    [ -x build/release/quillet-gui ] || scripts/build.sh release
+    exec xvfb-run -a -s "-screen 0 1920x1200x24" "$0" --inside
+fi
+
+shots=$(pwd)/docs/screenshots
+mkdir -p "$shots"
+work=$(mktemp -d /var/tmp/quillet-screenshots-XXXXXX)
+app=
+cleanup() {
+    [ -n "$app" ] && kill "$app" 2>/dev/null || true
+    rm -rf "$work"
+}
+trap cleanup EXIT
+
+mkdir -p "$work/home" "$work/Holiday 2024"
+for i in $(seq -w 1 150); do
+    for f in samples/*.jpg samples/phone/*.jpg; do
+        name=$(basename "$f" .jpg)
+        cp "$f" "$work/Holiday 2024/$name-$i.jpg"
+    done
+done
+cat > "$work/settings.ini" <<'INI'
+[General]
+OnTheFlyFolder=false
+RevealFolder=false
+ActivityLogVisible=true
+Rotation=4
+ScaleType=4
+Width=1600
+Height=1200
+JpegQuality=85
+INI
+export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config
+unset DBUS_SESSION_BUS_ADDRESS
+
+# The geometry (WxH+X+Y) of the application's window whose title begins with
+# the given text, while it is on screen.
+geometry() {
+    local id
+    for id in $(xwininfo -root -tree | awk -v t="\"$1" 'index($0, t) == index($0, "\"") && /"quillet-gui"/ {print $1}'); do
+        xwininfo -id "$id" | awk '
+            /Absolute upper-left X/ {x=$NF} /Absolute upper-left Y/ {y=$NF}
+            /Width:/ {w=$NF} /Height:/ {h=$NF} /Map State: IsViewable/ {v=1}
+            END {if (v) printf "%sx%s+%s+%s\n", w, h, x, y}'
+    done | head -n 1
+}
+wait_for() { # name, tries of 0.1 s
+    for _ in $(seq "$2"); do
+        g=$(geometry "$1")
+        [ -n "$g" ] && { echo "$g"; return 0; }
+        sleep 0.1
+    done
+    return 1
+}
+shoot() { # geometry, file
+    import -window root -crop "$1" +repage "$2"
+    echo "saved $2"
+}
+
+build/release/quillet-gui --settings "$work/settings.ini" "$work/Holiday 2024" 2>"$work/stderr.log" &
+app=$!
+main=$(wait_for Quillet 100)
+wait_for Processing 100 >/dev/null
+sleep 2
+shoot "$main" "$shots/progress-sheet.png"
+# The sheet goes when the batch ends.
+for _ in $(seq 600); do
+    [ -z "$(geometry Processing)" ] && break
+    sleep 0.1
+done
+sleep 1
+shoot "$main" "$shots/main-window.png"
+shoot "$(wait_for 'Activity Log' 10)" "$shots/activity-log.png"
+ls "$work/home/Desktop/Holiday 2024" | wc -l | xargs echo "outputs on the scratch desktop:"

@@ -1,0 +1,51 @@
+#include "app/filechooser.h"
+
+#include "app/sheets.h"
+
+#include <QFileDialog>
+
+namespace quillet {
+
+namespace {
+
+std::optional<QStringList> run(Sheets& sheets, const QString& title, const QString& startFolder,
+                               QFileDialog::FileMode mode) {
+    SheetRequest request;
+    request.title = title;
+    request.message = startFolder;
+    request.makeDialog = [=](QWidget* window) {
+        auto* dialog = new QFileDialog(window, title, startFolder);
+        dialog->setObjectName(QStringLiteral("fileChooser"));
+        dialog->setFileMode(mode);
+        if (mode == QFileDialog::ExistingFiles)
+            dialog->setNameFilters({QFileDialog::tr("Pictures (*.jpg *.jpeg *.png *.tif *.tiff *.gif *.bmp "
+                                                    "*.webp *.heic *.JPG *.JPEG *.PNG *.TIF *.TIFF)"),
+                                    QFileDialog::tr("All files (*)")});
+        return dialog;
+    };
+    request.readAnswer = [](QDialog* dialog, int result) {
+        // Several files travel as one text, a line each.
+        return SheetAnswer{result == QDialog::Accepted ? 1 : 0,
+                           static_cast<QFileDialog*>(dialog)->selectedFiles().join(QLatin1Char('\n'))};
+    };
+    const SheetAnswer answer = sheets.run(std::move(request));
+    if (answer.code != 1 || answer.text.isEmpty())
+        return std::nullopt;
+    return answer.text.split(QLatin1Char('\n'));
+}
+
+} // namespace
+
+std::optional<QStringList> FileChooser::choosePictures(Sheets& sheets, const QString& startFolder) {
+    return run(sheets, QFileDialog::tr("Open Pictures"), startFolder, QFileDialog::ExistingFiles);
+}
+
+std::optional<QString> FileChooser::chooseFolder(Sheets& sheets, const QString& title,
+                                                 const QString& startFolder) {
+    const auto chosen = run(sheets, title, startFolder, QFileDialog::Directory);
+    if (!chosen)
+        return std::nullopt;
+    return chosen->first();
+}
+
+} // namespace quillet

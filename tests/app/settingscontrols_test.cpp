@@ -1,0 +1,107 @@
+#include "app/settingscontrols.h"
+#include "app/settingsmodel.h"
+#include "app/views/imageandtext.h"
+#include "app/views/kvstepper.h"
+#include "app/views/singledropview.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QMimeData>
+#include <QStackedWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QUrl>
+
+#include <gtest/gtest.h>
+
+using namespace quillet;
+
+namespace {
+
+void choose(QComboBox* menu, int code) {
+    const int index = menu->findData(code);
+    menu->setCurrentIndex(index);
+    Q_EMIT menu->activated(index);
+}
+
+} // namespace
+
+TEST(SettingsControls, ControlsShowTheModelAndForwardEdits) {
+    SettingsModel model;
+    SettingsControls controls(model, {QStringLiteral("72"), QStringLiteral("300")});
+    auto* scaleType = controls.findChild<QComboBox*>(QStringLiteral("scaleType"));
+    auto* width = controls.findChild<KVStepper*>(QStringLiteral("width"));
+    auto* height = controls.findChild<KVStepper*>(QStringLiteral("height"));
+    auto* pages = controls.findChild<QStackedWidget*>(QStringLiteral("sizePages"));
+    ASSERT_TRUE(scaleType && width && height && pages);
+    EXPECT_FALSE(width->isEnabled());
+    EXPECT_EQ(width->text(), QStringLiteral(" ")); // an emptied field shows nothing
+
+    choose(scaleType, ScaleType::ToWidth);
+    EXPECT_TRUE(width->isEnabled());
+    EXPECT_FALSE(height->isEnabled());
+    EXPECT_EQ(width->value(), 480);
+    EXPECT_EQ(pages->currentIndex(), 1);
+
+    // Typing moves the model at once, each keystroke.
+    width->selectAll();
+    QTest::keyClicks(width, QStringLiteral("1024"));
+    EXPECT_EQ(model.width().value, 1024);
+
+    // The model drives the controls back: a preset with EXIF kept pins 72 dpi.
+    ProcessingParams p = ProcessingParams::defaults();
+    p.setInt(ParamKey::FileFormat, FileFormat::Png);
+    p.setBool(ParamKey::PreserveTransparency, true);
+    model.loadPreset(p);
+    EXPECT_EQ(controls.findChild<QStackedWidget*>(QStringLiteral("formatPages"))->currentIndex(), 1);
+    EXPECT_FALSE(controls.findChild<QWidget*>(QStringLiteral("backgroundColor"))->isEnabled());
+    EXPECT_FALSE(controls.findChild<QComboBox*>(QStringLiteral("resolution"))->isEnabled());
+    controls.findChild<QCheckBox*>(QStringLiteral("preserveTransparency"))->click();
+    EXPECT_TRUE(controls.findChild<QWidget*>(QStringLiteral("backgroundColor"))->isEnabled());
+
+    controls.setToolTipsHidden(true);
+    EXPECT_TRUE(width->toolTip().isEmpty());
+    controls.setToolTipsHidden(false);
+    EXPECT_EQ(width->toolTip(), QStringLiteral("Width in pixels."));
+}
+
+TEST(KVStepper, ArrowStepsLandOnMultiples) {
+    KVStepper stepper;
+    stepper.setRange(0, 100);
+    stepper.setSingleStep(10);
+    stepper.setValue(25);
+    stepper.stepBy(1);
+    EXPECT_EQ(stepper.value(), 30);
+    stepper.setValue(25);
+    stepper.stepBy(-1);
+    EXPECT_EQ(stepper.value(), 20);
+    stepper.stepBy(-1);
+    EXPECT_EQ(stepper.value(), 10);
+}
+
+TEST(SingleDropView, TakesExactlyOneFileThatPassesItsTest) {
+    QTemporaryDir dir;
+    FolderView view;
+    QMimeData one;
+    one.setUrls({QUrl::fromLocalFile(dir.path())});
+    EXPECT_EQ(SingleDropView::singleLocalPath(&one), dir.path());
+    EXPECT_TRUE(view.accepts(dir.path()));
+    QMimeData two;
+    two.setUrls({QUrl::fromLocalFile(dir.path()), QUrl::fromLocalFile(dir.path())});
+    EXPECT_TRUE(SingleDropView::singleLocalPath(&two).isEmpty());
+    QMimeData remote;
+    remote.setUrls({QUrl(QStringLiteral("https://example.org/a.jpg"))});
+    EXPECT_TRUE(SingleDropView::singleLocalPath(&remote).isEmpty());
+    WatermarkView watermark;
+    EXPECT_FALSE(watermark.accepts(dir.path()));
+    EXPECT_EQ(watermark.toolTip(), QStringLiteral("Drop watermark file here."));
+}
+
+TEST(ImageAndTextDelegate, PictureSitsThreeInAndCentredWithTheTextBesideIt) {
+    const QRect cell(10, 20, 200, 40);
+    EXPECT_EQ(ImageAndTextDelegate::imageRect(cell, QSize(32, 32)), QRect(13, 24, 32, 32));
+    EXPECT_EQ(ImageAndTextDelegate::imageRect(cell, QSize(32, 31)).top(), 25); // odd offset rounds up
+    EXPECT_EQ(ImageAndTextDelegate::textRect(cell, QSize(32, 32)), QRect(45, 20, 165, 40));
+    EXPECT_TRUE(ImageAndTextDelegate::imageRect(cell, QSize()).isNull());
+    EXPECT_EQ(ImageAndTextDelegate::textRect(cell, QSize()), cell);
+}
