@@ -53,6 +53,11 @@ int runProcess(const QStringList& args) {
         return usageError(
             QStringLiteral("--on-conflict ask needs a terminal to ask on; use --on-conflict skip "
                            "or --on-conflict replace"));
+    if (!request.shard.isWhole() && BatchShard::overlaps(request.paths, request.dest))
+        return usageError(
+            QStringLiteral("--shard needs a destination outside the inputs, and no input inside it: "
+                           "each part must find the input tree as the others found it"));
+    request.options.shard = request.shard;
     for (const QString& path : request.paths)
         if (!QFileInfo::exists(path))
             std::fprintf(stderr, "quillet process: '%s' does not exist; left out\n",

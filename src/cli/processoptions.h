@@ -26,6 +26,7 @@ struct ProcessRequest {
     Conflict conflict = Conflict::Ask;
     bool conflictGiven = false; // --on-conflict was on the command line
     QString logFile;
+    BatchShard shard; // --shard K/N
     bool help = false;
 };
 
