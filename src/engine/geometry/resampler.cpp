@@ -118,7 +118,7 @@ std::optional<vips::VImage> resample(const vips::VImage& image, const AxisMap& x
             horizontalRow(bands, mid, firstColumn, *columns, out.get() + size_t(r) * outStride);
         };
         if (streamed) {
-            StreamedRows source(image, firstColumn, endColumn);
+            StreamedRows source(image, firstColumn, endColumn, rows->count);
             std::vector<const uint8_t*> sources(size_t(rows->count));
             const auto mid = paddedBuffer(midStride);
             for (int r = 0; r < y.outSize; ++r) {
@@ -140,10 +140,12 @@ std::optional<vips::VImage> resample(const vips::VImage& image, const AxisMap& x
         const auto [firstRow, endRow] = reach(*rows);
         const auto mid = paddedBuffer(outStride * size_t(endRow - firstRow));
         if (streamed) {
-            StreamedRows source(image, 0, inWidth);
+            StreamedRows source(image, 0, inWidth, 1);
+            const auto row = paddedBuffer(inStride);
             for (int r = firstRow; r < endRow; ++r) {
                 source.hold(r, r + 1);
-                horizontalRow(bands, source.row(r), 0, *columns, &mid[size_t(r - firstRow) * outStride]);
+                std::memcpy(row.get(), source.row(r), inStride);
+                horizontalRow(bands, row.get(), 0, *columns, &mid[size_t(r - firstRow) * outStride]);
             }
         } else {
             forRows(endRow - firstRow, area, [&](int begin, int end) {
