@@ -41,9 +41,12 @@ std::optional<Geometry::Processed> drawStreamed(const QString& path, const Pictu
     try {
         Geometry::Processed processed =
             Geometry::processImage(opened.picture, {}, Rotation::None, request.sizing, request.background);
-        // Whatever the drawing left to be computed is computed now, from the
-        // one pass over the file, and not again by each encoding.
-        processed.picture.image = processed.picture.image.copy_memory();
+        // Pixels that still come from the file (libvips marks what descends
+        // from a sequential read) are computed now, in the one pass the file
+        // allows, and not again by each encoding; what our resampler drew is
+        // in memory already.
+        if (vips_image_get_typeof(processed.picture.image.get_image(), VIPS_META_SEQUENTIAL))
+            processed.picture.image = processed.picture.image.copy_memory();
         return processed;
     } catch (const std::exception&) {
         vips_error_clear();
