@@ -57,6 +57,11 @@ int runProcess(const QStringList& args) {
     // the batch runs with the defaults, and the user hears why.
     for (const QString& note : request.notes)
         std::fprintf(stderr, "quillet process: %s\n", note.toLocal8Bit().constData());
+    if (!request.shard.isWhole() && BatchShard::overlaps(request.paths, request.dest))
+        return usageError(
+            QStringLiteral("--shard needs a destination outside the inputs, and no input inside it: "
+                           "each part must find the input tree as the others found it"));
+    request.options.shard = request.shard;
     for (const QString& path : request.paths)
         if (!QFileInfo::exists(path))
             std::fprintf(stderr, "quillet process: '%s' does not exist; left out\n",

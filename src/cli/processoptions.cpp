@@ -340,6 +340,14 @@ bool Parser::option(const QString& name) {
                           request.conflict = ProcessRequest::Conflict(code);
                           request.conflictGiven = true;
                       });
+    if (name == QLatin1String("--shard")) {
+        const auto v = value(name);
+        if (!v)
+            return false;
+        const auto shard = BatchShard::parse(*v);
+        return shard ? (request.shard = *shard, true)
+                     : fail(QStringLiteral("option '--shard' wants K/N with 1 <= K <= N, not '%1'").arg(*v));
+    }
     if (name == QLatin1String("--log")) {
         const auto v = value(name);
         return v && (request.logFile = *v, true);
@@ -476,6 +484,8 @@ QString processUsage() {
         "                             the default is ask on a terminal, else skip)\n"
         "  --serial | --jobs N        one file at a time, or N files rendered at once\n"
         "  --log FILE                 also write the activity log to FILE\n"
+        "  --shard K/N                run only part K of N of the batch: whole output\n"
+        "                             folders, so the N parts give the tree of one run\n"
         "\n"
         "While running: p or space pauses and resumes, Ctrl-Z / fg too; Ctrl-C cancels\n"
         "after the current file. Exit status: 0 all files handled, 1 a folder or file\n"

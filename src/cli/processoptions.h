@@ -26,6 +26,7 @@ struct ProcessRequest {
     Conflict conflict = Conflict::Ask;
     bool conflictGiven = false; // --on-conflict was on the command line
     QString logFile;
+    BatchShard shard; // --shard K/N
     bool help = false;
     // Stored settings that were refused and replaced by their defaults, one
     // message each, for the tool to show before the batch.

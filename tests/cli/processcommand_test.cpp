@@ -75,6 +75,13 @@ TEST_F(ProcessCommandTest, BadUsageExitsWithTwoAndSaysWhy) {
         {{in, QStringLiteral("--dest"), path(QStringLiteral("o")), QStringLiteral("--on-conflict"),
           QStringLiteral("ask")},
          QStringLiteral("terminal")},
+        {{in, QStringLiteral("--dest"), path(QStringLiteral("o")), QStringLiteral("--shard"),
+          QStringLiteral("4/3")},
+         QStringLiteral("--shard")},
+        // A later part would list an earlier one's outputs as inputs.
+        {{in, QStringLiteral("--dest"), path(QStringLiteral("in/o")), QStringLiteral("--shard"),
+          QStringLiteral("1/2")},
+         QStringLiteral("outside")},
     };
     for (const auto& [args, message] : cases) {
         const Outcome run = runQuillet(args);
@@ -82,6 +89,7 @@ TEST_F(ProcessCommandTest, BadUsageExitsWithTwoAndSaysWhy) {
         EXPECT_TRUE(run.err.contains(message)) << qPrintable(run.err);
     }
     EXPECT_FALSE(QFileInfo::exists(path(QStringLiteral("o"))));
+    EXPECT_FALSE(QFileInfo::exists(path(QStringLiteral("in/o"))));
 }
 
 TEST_F(ProcessCommandTest, ExistingOutputsAreSkippedWithoutATerminalAndReplacedOnRequest) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/batch/batchshard.h"
+
 #include <cstdint>
 
 namespace quillet {
@@ -20,6 +22,8 @@ struct BatchOptions {
     bool parallel = true;
     // Files rendered ahead at most (0: one per core).
     int renderThreads = 0;
+    // The part of the batch this run does; the whole batch by default.
+    BatchShard shard;
 
     // The five preferences as the settings store holds them, registered
     // defaults filling the gaps.

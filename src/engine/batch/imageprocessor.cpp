@@ -1,5 +1,6 @@
 #include "engine/batch/imageprocessor.h"
 
+#include "engine/batch/batchlog.h"
 #include "engine/batch/batchrenderqueue.h"
 #include "engine/pipeline/pipelinesteps.h"
 
@@ -131,8 +132,13 @@ void ImageProcessor::processFiles(const QStringList& paths, const ProcessingPara
     batch->creator = creator;
     batch->options = options;
     batch->gate = std::make_shared<BatchGate>();
-    batch->helpers = makeHelpers(filesFromPaths(absolute), directoriesFromPaths(absolute),
-                                 absolutePath(outputDir), m_shell);
+    // Every part of a sharded batch lists the whole tree; only the first
+    // reports what the listing met, so the parts' logs add up to one run's.
+    BatchLog otherPartsListing;
+    ActivityLog& listingLog =
+        options.shard.index == 1 ? static_cast<ActivityLog&>(m_shell) : otherPartsListing;
+    batch->helpers = options.shard.select(makeHelpers(
+        filesFromPaths(absolute), directoriesFromPaths(absolute), absolutePath(outputDir), listingLog));
     int total = 0;
     for (const ImageProcessorHelper& helper : batch->helpers)
         total += helper.numFiles();

@@ -76,12 +76,14 @@ VImage resample(const VImage& premultiplied, double fx, double fy, double kx, do
                 int cw, int ch, int interpolation) {
     const double tx = dx - fx * kx;
     const double ty = dy - fy * ky;
-    const auto copyEdges = VImage::option()->set("extend", VIPS_EXTEND_COPY);
+    // An option list is freed by the operation it is given to, so each use
+    // makes its own; one made up front leaked whenever no embed took it.
+    const auto copyEdges = [] { return VImage::option()->set("extend", VIPS_EXTEND_COPY); };
     if (std::abs(kx - 1) < 1e-9 && std::abs(ky - 1) < 1e-9 && isWhole(tx) && isWhole(ty)) {
         if (std::lround(tx) == 0 && std::lround(ty) == 0 && premultiplied.width() == cw &&
             premultiplied.height() == ch)
             return premultiplied;
-        return premultiplied.embed(int(std::lround(tx)), int(std::lround(ty)), cw, ch, copyEdges);
+        return premultiplied.embed(int(std::lround(tx)), int(std::lround(ty)), cw, ch, copyEdges());
     }
     if (Resampler::outrunsLibvips(kx, ky))
         if (auto drawn =
@@ -126,7 +128,7 @@ VImage resample(const VImage& premultiplied, double fx, double fy, double kx, do
     if (isWhole(ox) && isWhole(oy)) {
         if (std::lround(ox) == 0 && std::lround(oy) == 0 && resized.width() == cw && resized.height() == ch)
             return resized;
-        return resized.embed(int(std::lround(ox)), int(std::lround(oy)), cw, ch, copyEdges);
+        return resized.embed(int(std::lround(ox)), int(std::lround(oy)), cw, ch, copyEdges());
     }
     return resized.affine({1, 0, 0, 1}, VImage::option()
                                             ->set("interpolate", interpolator(2))

@@ -2,6 +2,7 @@
 
 #include "engine/geometry/resamplingrows.h"
 #include "engine/geometry/resamplingtaps.h"
+#include "engine/geometry/streamedrows.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -50,17 +51,28 @@ std::pair<int, int> reach(const Taps& taps) {
     return {*low, *high + taps.count};
 }
 
-// Output rows [begin, end) of the vertical pass, `length` bytes each, into
-// `target`; rowAt(i) is where source row i (of those the taps name) starts.
-template <typename RowAt>
-void verticalRows(const Taps& rows, int begin, int end, int length, RowAt rowAt, uint8_t* target) {
-    std::vector<const uint8_t*> sources(size_t(rows.count));
-    for (int r = begin; r < end; ++r) {
-        for (int k = 0; k < rows.count; ++k)
-            sources[size_t(k)] = rowAt(rows.start[size_t(r)] + k);
-        verticalRow(sources.data(), &rows.weights[size_t(r) * size_t(rows.stride)], rows.count, length,
-                    target + size_t(r) * size_t(length));
+// Whether libvips holds the pixels in memory already; anything else is
+// computed on demand, and reading it row by row keeps it out of memory.
+bool inMemory(const vips::VImage& image) {
+    switch (image.get_image()->dtype) {
+    case VIPS_IMAGE_SETBUF:
+    case VIPS_IMAGE_SETBUF_FOREIGN:
+    case VIPS_IMAGE_MMAPIN:
+    case VIPS_IMAGE_MMAPINRW:
+        return true;
+    default:
+        return false;
     }
+}
+
+// Output row r of the vertical pass into `target`, `length` bytes;
+// rowAt(i) is where source row i (of those the taps name) starts.
+template <typename RowAt>
+void verticalPassRow(const Taps& rows, int r, int length, RowAt rowAt, const uint8_t** sources,
+                     uint8_t* target) {
+    for (int k = 0; k < rows.count; ++k)
+        sources[k] = rowAt(rows.start[size_t(r)] + k);
+    verticalRow(sources, &rows.weights[size_t(r) * size_t(rows.stride)], rows.count, length, target);
 }
 
 } // namespace
@@ -78,8 +90,10 @@ std::optional<vips::VImage> resample(const vips::VImage& image, const AxisMap& x
     if (!columns || !rows)
         return std::nullopt;
 
-    const auto* in = static_cast<const uint8_t*>(image.data());
-    if (!in)
+    // A picture not in memory is read in strips, in order, by one thread.
+    const bool streamed = !inMemory(image);
+    const auto* in = streamed ? nullptr : static_cast<const uint8_t*>(image.data());
+    if (!streamed && !in)
         throw vips::VError();
     const size_t inStride = size_t(inWidth) * size_t(bands);
     const size_t outStride = size_t(x.outSize) * size_t(bands);
@@ -95,34 +109,60 @@ std::optional<vips::VImage> resample(const vips::VImage& image, const AxisMap& x
     // to read; the first pass covers only the rows or columns the second one
     // reaches. Rows the horizontal pass reads carry a few bytes of slack.
     if (y.outSize < inHeight) {
+        // Row by row, both passes at once: one row between them is all that
+        // is held, and the source rows are read in order.
         const auto [firstColumn, endColumn] = reach(*columns);
         const size_t midStride = size_t(endColumn - firstColumn) * size_t(bands);
-        const auto mid = paddedBuffer(midStride * size_t(y.outSize));
-        const auto sourceRow = [&](int i) {
-            return in + size_t(i) * inStride + size_t(firstColumn) * size_t(bands);
+        const auto both = [&](int r, const uint8_t** sources, uint8_t* mid, auto rowAt) {
+            verticalPassRow(*rows, r, int(midStride), rowAt, sources, mid);
+            horizontalRow(bands, mid, firstColumn, *columns, out.get() + size_t(r) * outStride);
         };
-        forRows(y.outSize, area, [&](int begin, int end) {
-            verticalRows(*rows, begin, end, int(midStride), sourceRow, mid.get());
-        });
-        forRows(y.outSize, area, [&](int begin, int end) {
-            for (int r = begin; r < end; ++r)
-                horizontalRow(bands, &mid[size_t(r) * midStride], firstColumn, *columns,
-                              out.get() + size_t(r) * outStride);
-        });
+        if (streamed) {
+            StreamedRows source(image, firstColumn, endColumn, rows->count);
+            std::vector<const uint8_t*> sources(size_t(rows->count));
+            const auto mid = paddedBuffer(midStride);
+            for (int r = 0; r < y.outSize; ++r) {
+                source.hold(rows->start[size_t(r)], rows->start[size_t(r)] + rows->count);
+                both(r, sources.data(), mid.get(), [&](int i) { return source.row(i); });
+            }
+        } else {
+            const auto sourceRow = [&](int i) {
+                return in + size_t(i) * inStride + size_t(firstColumn) * size_t(bands);
+            };
+            forRows(y.outSize, area, [&](int begin, int end) {
+                std::vector<const uint8_t*> sources(size_t(rows->count));
+                const auto mid = paddedBuffer(midStride);
+                for (int r = begin; r < end; ++r)
+                    both(r, sources.data(), mid.get(), sourceRow);
+            });
+        }
     } else {
         const auto [firstRow, endRow] = reach(*rows);
         const auto mid = paddedBuffer(outStride * size_t(endRow - firstRow));
-        forRows(endRow - firstRow, area, [&](int begin, int end) {
-            // A copy with slack, as the source's last row has none.
+        if (streamed) {
+            StreamedRows source(image, 0, inWidth, 1);
             const auto row = paddedBuffer(inStride);
-            for (int r = begin; r < end; ++r) {
-                std::memcpy(row.get(), in + size_t(firstRow + r) * inStride, inStride);
-                horizontalRow(bands, row.get(), 0, *columns, &mid[size_t(r) * outStride]);
+            for (int r = firstRow; r < endRow; ++r) {
+                source.hold(r, r + 1);
+                std::memcpy(row.get(), source.row(r), inStride);
+                horizontalRow(bands, row.get(), 0, *columns, &mid[size_t(r - firstRow) * outStride]);
             }
-        });
+        } else {
+            forRows(endRow - firstRow, area, [&](int begin, int end) {
+                // A copy with slack, as the source's last row has none.
+                const auto row = paddedBuffer(inStride);
+                for (int r = begin; r < end; ++r) {
+                    std::memcpy(row.get(), in + size_t(firstRow + r) * inStride, inStride);
+                    horizontalRow(bands, row.get(), 0, *columns, &mid[size_t(r) * outStride]);
+                }
+            });
+        }
         const auto midRow = [&](int i) { return &mid[size_t(i - firstRow) * outStride]; };
         forRows(y.outSize, area, [&](int begin, int end) {
-            verticalRows(*rows, begin, end, int(outStride), midRow, out.get());
+            std::vector<const uint8_t*> sources(size_t(rows->count));
+            for (int r = begin; r < end; ++r)
+                verticalPassRow(*rows, r, int(outStride), midRow, sources.data(),
+                                out.get() + size_t(r) * outStride);
         });
     }
     vips::VImage result = vips::VImage::new_from_memory_steal(out.release(), outBytes, x.outSize, y.outSize,

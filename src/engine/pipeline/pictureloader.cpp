@@ -45,11 +45,23 @@ vips::VImage normalise(vips::VImage image) {
     if (image.format() != VIPS_FORMAT_UCHAR)
         image = image.cast(VIPS_FORMAT_UCHAR);
     if (image.bands() == 1 || image.bands() == 2) // colourspace leaves some one-band images alone
-        image = image.bands() == 1 ? image.bandjoin({image, image})
-                                   : image[0].bandjoin({image[0], image[0], image[1]});
+        image = image.bands() == 1 ? vips::VImage::bandjoin({image, image, image})
+                                   : vips::VImage::bandjoin({image[0], image[0], image[0], image[1]});
     if (image.bands() > 4)
         image = image.extract_band(0, vips::VImage::option()->set("n", 4));
     return image.copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+}
+
+// Averages blocks of `factor` x `factor` pixels, pulling rows from the
+// decoder only as the shrink asks for them. Sides are rounded to the nearest
+// whole block, which keeps the drift of the geometry's pixel scale
+// (shrunk side / full side) under half a shrunk pixel. Colour is averaged
+// premultiplied where there is alpha, or transparent pixels would bleed into
+// their neighbours.
+vips::VImage boxShrunk(const vips::VImage& image, int factor) {
+    if (!vips_image_hasalpha(image.get_image()))
+        return image.shrink(factor, factor);
+    return image.premultiply().shrink(factor, factor).unpremultiply().cast(image.format());
 }
 
 } // namespace
@@ -73,33 +85,50 @@ PictureLoader::Result PictureLoader::load(const QString& path, int shrink) {
     return header ? load(path, *header, shrink) : Result{};
 }
 
-PictureLoader::Result PictureLoader::load(const QString& path, const Header& header, int shrink) {
-    Result result;
+namespace {
+
+PictureLoader::Result loadPicture(const QString& path, const PictureLoader::Header& header, int shrink,
+                                  int boxShrink, bool decode) {
+    PictureLoader::Result result;
     if (header.width <= 0 || header.height <= 0) {
-        result.status = Status::Corrupted;
+        result.status = PictureLoader::Status::Corrupted;
         return result;
     }
     try {
-        // Streamed straight into one memory image: the loader keeps no buffer
-        // of its own, and the rotations read the copy in any order.
+        // Streamed from the file: the loader keeps no buffer of its own.
         auto options = vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL);
         if (header.isJpeg && (shrink == 2 || shrink == 4 || shrink == 8))
             options->set("shrink", shrink);
         vips::VImage image = vips::VImage::new_from_file(QFile::encodeName(path).constData(), options);
+        if (boxShrink > 1)
+            image = boxShrunk(image, boxShrink);
         // Decode now, once: a corrupt file is caught here rather than halfway
         // through encoding, and geometry, watermarks and the status thumbnail
         // all read the same pixels. An RGB picture keeps its three bands, a
         // quarter less to hold and to resample than four.
-        image = image.copy_memory();
+        if (decode)
+            image = image.copy_memory();
         // Pictures without alpha let geometry skip premultiplying.
         const bool opaque = !vips_image_hasalpha(image.get_image());
         result.picture = Picture{normalise(image), double(header.width), double(header.height), opaque};
-        result.status = Status::Loaded;
+        result.status = PictureLoader::Status::Loaded;
     } catch (const vips::VError&) {
         vips_error_clear();
-        result.status = Status::Corrupted;
+        result.status = PictureLoader::Status::Corrupted;
     }
     return result;
+}
+
+} // namespace
+
+PictureLoader::Result PictureLoader::load(const QString& path, const Header& header, int shrink,
+                                          int boxShrink) {
+    return loadPicture(path, header, shrink, boxShrink, true);
+}
+
+PictureLoader::Result PictureLoader::open(const QString& path, const Header& header, int shrink,
+                                          int boxShrink) {
+    return loadPicture(path, header, shrink, boxShrink, false);
 }
 
 int PictureLoader::jpegShrinkFor(int width, int height, double drawnWidth, double drawnHeight) {

@@ -9,8 +9,9 @@
 
 namespace quillet {
 
-// Opens input pictures for the batch: 4-band sRGB 8-bit pixels with straight
-// alpha, decoded once into memory, optionally shrunk while decoding.
+// Opens input pictures for the batch: sRGB 8-bit pixels, three bands or four
+// with straight alpha, decoded once into memory, optionally shrunk while
+// decoding.
 class PictureLoader {
   public:
     enum class Status { Loaded, NotAPicture, Corrupted };
@@ -34,8 +35,15 @@ class PictureLoader {
     // Never throws: a file no accepted loader opens is NotAPicture, one whose
     // pixels fail to decode is Corrupted.
     static Result load(const QString& path, int shrink = 1);
-    // The same with the header already read by readHeader.
-    static Result load(const QString& path, const Header& header, int shrink);
+    // The same with the header already read by readHeader. A `boxShrink`
+    // above 1 then averages blocks of that many pixels a side as the rows
+    // stream in from the decoder, so that only the shrunk picture is ever
+    // held in memory, whatever the size of the file.
+    static Result load(const QString& path, const Header& header, int shrink, int boxShrink = 1);
+    // The same picture, opened but not decoded: its pixels are made as they
+    // are read, once, from top to bottom, and a fault in them shows only
+    // then. For a consumer that reads it in that order exactly once.
+    static Result open(const QString& path, const Header& header, int shrink, int boxShrink = 1);
 
     // The largest JPEG shrink factor whose decoded size still covers `drawnWidth`
     // x `drawnHeight`, and 1 when the drawn size is more than half the picture.

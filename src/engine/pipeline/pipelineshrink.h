@@ -11,4 +11,11 @@ namespace quillet {
 // neighbour scaling get 1, so their pixels are the file's own.
 int pipelineShrinkFactor(const Sizing& sizing, int width, int height);
 
+// The whole-number factor by which blocks of pixels may be averaged as rows
+// come from the decoder, after the decoder's own shrink by `decoded` (1 for
+// anything but JPEG): the largest that still leaves at least twice the drawn
+// size in each dimension, so the resampler's filter has room to work, and 1
+// wherever pipelineShrinkFactor gives 1 for want of a reduction.
+int pipelineBoxShrink(const Sizing& sizing, int width, int height, int decoded);
+
 } // namespace quillet

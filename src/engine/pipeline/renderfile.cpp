@@ -12,6 +12,7 @@
 #include <QFileInfo>
 
 #include <exception>
+#include <optional>
 
 namespace quillet {
 
@@ -23,7 +24,45 @@ bool isQuarterTurn(int rotation, int orientation) {
     return rotation == Rotation::Automatic && orientation >= 5 && orientation <= 8;
 }
 
-void finish(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, int orientation);
+// Whether the picture is turned or mirrored before it is sized.
+bool turns(int rotation, int orientation) {
+    if (rotation == Rotation::Clockwise || rotation == Rotation::CounterClockwise ||
+        rotation == Rotation::HalfTurn)
+        return true;
+    return rotation == Rotation::Automatic && orientation >= 2 && orientation <= 8;
+}
+
+// The picture drawn straight from the decoder, row strip by row strip, so it
+// is never held whole; none when that does not work out, and the caller then
+// decodes it into memory, which also tells a damaged file from the rest.
+// Only an upright picture that is scaled can be drawn so (the caller checks
+// that it is upright): a turn, or a copy, reads the pixels in another order
+// than the decoder makes them.
+std::optional<Geometry::Processed> drawStreamed(const QString& path, const PictureLoader::Header& header,
+                                                int shrink, int boxShrink, const ProcessingRequest& request) {
+    if (request.sizing.scaleType == ScaleType::None || request.sizing.interpolation == ScaleQuality::None)
+        return std::nullopt;
+    const PictureLoader::Result opened = PictureLoader::open(path, header, shrink, boxShrink);
+    if (opened.status != PictureLoader::Status::Loaded)
+        return std::nullopt;
+    try {
+        Geometry::Processed processed =
+            Geometry::processImage(opened.picture, {}, Rotation::None, request.sizing, request.background);
+        // Pixels that still come from the file (libvips marks what descends
+        // from a sequential read) are computed now, in the one pass the file
+        // allows, and not again by each encoding; what our resampler drew is
+        // in memory already.
+        if (vips_image_get_typeof(processed.picture.image.get_image(), VIPS_META_SEQUENTIAL))
+            processed.picture.image = processed.picture.image.copy_memory();
+        return processed;
+    } catch (const std::exception&) {
+        vips_error_clear();
+        return std::nullopt;
+    }
+}
+
+void finish(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, int orientation,
+            std::optional<Geometry::Processed>& processed);
 
 void render(RenderedFile& out, const RenderSettings& settings) {
     const ProcessingRequest& request = settings.request;
@@ -41,21 +80,33 @@ void render(RenderedFile& out, const RenderSettings& settings) {
     const int rotation = request.rotation;
     const int orientation =
         rotation == Rotation::Automatic ? PipelineSteps::orientationOf(out.path, out.source, &notes) : 1;
-    int shrink = 1;
-    if (header->isJpeg) {
-        const bool swap = isQuarterTurn(rotation, orientation);
-        shrink = pipelineShrinkFactor(request.sizing, swap ? header->height : header->width,
-                                      swap ? header->width : header->height);
-    }
-    PictureLoader::Result loaded = PictureLoader::load(out.path, *header, shrink);
-    if (loaded.status == PictureLoader::Status::NotAPicture)
-        return;
-    if (loaded.status == PictureLoader::Status::Corrupted) {
-        // The line below says it all; the decoder's complaints would only repeat it.
-        out.status = RenderedFile::Corrupted;
-        out.pictureLog.writeWarningActivity(
-            QStringLiteral("Unable to open '%1' - file may be corrupted\n").arg(file.fileName()));
-        return;
+    // The decoder shrinks JPEG by up to 8; whatever reduction is left beyond
+    // twice the drawn size, and any reduction of the other formats, is
+    // averaged away while the rows stream in, so a picture of any size is
+    // held only at about the size it is drawn.
+    const bool swap = isQuarterTurn(rotation, orientation);
+    const int width = swap ? header->height : header->width;
+    const int height = swap ? header->width : header->height;
+    const int shrink = header->isJpeg ? pipelineShrinkFactor(request.sizing, width, height) : 1;
+    const int boxShrink = pipelineBoxShrink(request.sizing, width, height, shrink);
+
+    std::optional<Geometry::Processed> processed;
+    if (!turns(rotation, orientation))
+        processed = drawStreamed(out.path, *header, shrink, boxShrink, request);
+    // Decoded into memory: turned pictures, copies, and whatever did not draw
+    // straight from the decoder.
+    PictureLoader::Result loaded;
+    if (!processed) {
+        loaded = PictureLoader::load(out.path, *header, shrink, boxShrink);
+        if (loaded.status == PictureLoader::Status::NotAPicture)
+            return;
+        if (loaded.status == PictureLoader::Status::Corrupted) {
+            // The line below says it all; the decoder's complaints would only repeat it.
+            out.status = RenderedFile::Corrupted;
+            out.pictureLog.writeWarningActivity(
+                QStringLiteral("Unable to open '%1' - file may be corrupted\n").arg(file.fileName()));
+            return;
+        }
     }
     out.status = RenderedFile::Rendered;
     out.pictureLog.writeActivity(QStringLiteral("Processing '%1'\n").arg(file.fileName()));
@@ -63,7 +114,7 @@ void render(RenderedFile& out, const RenderSettings& settings) {
         out.info = KVImageInfo::fromFile(out.path, true, false, &notes);
     notes.writeDamage(out.pictureLog, file.fileName());
     try {
-        finish(out, settings, loaded.picture, orientation);
+        finish(out, settings, loaded.picture, orientation, processed);
     } catch (const std::exception& e) {
         // Reported for this file alone; the batch goes on with the next.
         vips_error_clear();
@@ -75,31 +126,35 @@ void render(RenderedFile& out, const RenderSettings& settings) {
     }
 }
 
-// Geometry, colours, watermarks and encoding of a loaded picture.
-void finish(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, int orientation) {
+// Geometry, colours, watermarks and encoding of a loaded picture, or of one
+// already drawn from the decoder.
+void finish(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, int orientation,
+            std::optional<Geometry::Processed>& processed) {
     const ProcessingRequest& request = settings.request;
-    const int rotation = request.rotation;
-
-    Geometry::Processed processed = Geometry::processImage(
-        loaded, [orientation] { return orientation; }, rotation, request.sizing, request.background);
-    Picture& picture = processed.picture;
-    out.autoRotated = processed.autoRotated;
+    if (!processed)
+        processed = Geometry::processImage(
+            loaded, [orientation] { return orientation; }, request.rotation, request.sizing,
+            request.background);
+    Picture& picture = processed->picture;
+    out.autoRotated = processed->autoRotated;
     out.pictureLog.writeActivity(
         QString::asprintf("\tDimension: %.0f x %.0f\n", picture.width, picture.height));
+    if (settings.wantsThumbnail) {
+        // The thumbnail is only shown; the file is written without it. A
+        // picture drawn straight from the decoder is shown as drawn.
+        try {
+            out.thumbnail =
+                PipelineSteps::thumbnail(loaded.image.get_image() ? loaded : picture).copy_memory();
+        } catch (const std::exception&) {
+            vips_error_clear();
+        }
+    }
     const QByteArray profile = request.convertToSrgb
                                    ? ColourProfile::convertToSrgb(picture, out.source.iccProfile)
                                    : out.source.iccProfile;
     PipelineSteps::drawWatermarks(picture, request, settings.watermark, out.info ? &*out.info : nullptr,
                                   out.pictureLog);
     out.bytes = PipelineSteps::encode(picture, request, out.encoderLog, profile);
-    if (settings.wantsThumbnail) {
-        // The thumbnail is only shown; the file is written without it.
-        try {
-            out.thumbnail = PipelineSteps::thumbnail(loaded).copy_memory();
-        } catch (const std::exception&) {
-            vips_error_clear();
-        }
-    }
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 
 #include "testsupport.h"
 
+#include <QTemporaryDir>
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -129,4 +131,32 @@ TEST(Resampler, AgreesWithLibvipsKernels) {
                                            ->set("oarea", std::vector<int>{0, 0, 300, 225})
                                            ->set("extend", VIPS_EXTEND_COPY));
     EXPECT_LT(meanDifference(bigger, reference), 1.0);
+}
+
+// A picture still to be computed is read in strips, once, top to bottom; the
+// bytes must be those of the same picture held in memory, for both orders of
+// the passes and for maps that start inside the picture (crops).
+TEST(Resampler, PicturesReadInStripsGiveTheBytesOfPicturesInMemory) {
+    struct Case {
+        int width, height;
+        AxisMap x, y;
+    };
+    const Case cases[] = {
+        {900, 700, whole(900, 320), whole(700, 249)},           // reduction: vertical pass first
+        {300, 200, whole(300, 750), whole(200, 500)},           // enlargement: horizontal pass first
+        {900, 700, {150.5, 0.4, 0, 200}, {260.25, 0.4, 0, 90}}, // a crop from the middle
+        {900, 700, whole(900, 901), whole(700, 233)},           // wider but shorter
+    };
+    const QTemporaryDir dir;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message()
+                     << c.width << " x " << c.height << " to " << c.x.outSize << " x " << c.y.outSize);
+        const VImage picture = busyPicture(c.width, c.height, 3);
+        // Read back from a file opened for one pass, as the batch opens pictures.
+        const QString path = dir.filePath(QStringLiteral("busy.png"));
+        picture.write_to_file(QFile::encodeName(path).constData());
+        const VImage streamed = VImage::new_from_file(
+            QFile::encodeName(path).constData(), VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL));
+        EXPECT_EQ(bytesOf(resampled(streamed, c.x, c.y)), bytesOf(resampled(picture, c.x, c.y)));
+    }
 }

@@ -3,6 +3,8 @@
 #include "engine/pipeline/outputnaming.h"
 #include "engine/pipeline/pictureloader.h"
 #include "engine/pipeline/pipelineshrink.h"
+#include "engine/pipeline/renderfile.h"
+#include "settings/processingparams.h"
 
 #include <QTemporaryDir>
 
@@ -91,6 +93,99 @@ TEST(PictureLoaderTest, EveryInputBecomesEightBitSrgbWithAlphaOnlyWhereItHadOneA
     }
     EXPECT_NEAR(pixels["grey.png"][0], 200, 1);
     EXPECT_NEAR(pixels["greyalpha.png"][3], 128, 1);
+}
+
+Sizing sizing(int scaleType, int width, int height, int interpolation = ScaleQuality::High) {
+    Sizing sizing;
+    sizing.scaleType = scaleType;
+    sizing.width = width;
+    sizing.height = height;
+    sizing.percent = width;
+    sizing.cropAreaPercentage = 100;
+    sizing.interpolation = interpolation;
+    return sizing;
+}
+
+TEST(ShrinkTest, BoxShrinkLeavesAtLeastTwiceTheDrawnSizeAfterTheDecoder) {
+    struct Case {
+        Sizing sizing;
+        int width, height, decoded, expected;
+    };
+    const Case cases[] = {
+        // 108 MP into 1600: 7.5 times smaller, averaged by 3
+        {sizing(ScaleType::Fit, 1600, 1600), 12000, 9000, 1, 3},
+        // a JPEG decoded at 1/8 that is still 5 times its drawn size
+        {sizing(ScaleType::Fit, 100, 100), 4000, 3000, 8, 2},
+        // the decoder's 1/8 leaves less than twice the drawn size
+        {sizing(ScaleType::Fit, 320, 320), 4000, 3000, 8, 1},
+        {sizing(ScaleType::Percent, 10, 0), 4000, 3000, 1, 5},
+        // stretch: the dimension that shrinks least decides
+        {sizing(ScaleType::Stretch, 100, 1000), 4000, 3000, 1, 1},
+        // a gigapixel panorama into 1600
+        {sizing(ScaleType::Fit, 1600, 1600), 40000, 25000, 1, 12},
+        // nearest neighbour and copies keep the file's own pixels
+        {sizing(ScaleType::Fit, 100, 100, ScaleQuality::None), 4000, 3000, 1, 1},
+        {sizing(ScaleType::None, 100, 100), 4000, 3000, 1, 1},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(pipelineBoxShrink(c.sizing, c.width, c.height, c.decoded), c.expected)
+            << "type " << c.sizing.scaleType << ", " << c.sizing.width << " x " << c.sizing.height << " of "
+            << c.width << " x " << c.height << " decoded at 1/" << c.decoded;
+}
+
+TEST(PictureLoaderTest, BoxShrinkAveragesColourUnderAlphaWithoutBleedingAndKeepsTheLogicalSize) {
+    QTemporaryDir dir;
+    using vips::VImage;
+    // Opaque red up to x = 30, then fully transparent green: the block of
+    // columns 28 to 31 is half red, half nothing.
+    const VImage red = testsupport::solidImage(30, 32, 255, 0, 0, 255);
+    const VImage clear = testsupport::solidImage(34, 32, 0, 255, 0, 0);
+    const QString path = dir.filePath(QStringLiteral("edge.png"));
+    red.insert(clear, 30, 0, VImage::option()->set("expand", true))
+        .write_to_file(QFile::encodeName(path).constData());
+    const auto header = PictureLoader::readHeader(path);
+    ASSERT_TRUE(header);
+    const auto loaded = PictureLoader::load(path, *header, 1, 4);
+    ASSERT_EQ(loaded.status, PictureLoader::Status::Loaded);
+    EXPECT_EQ(std::pair(loaded.picture.image.width(), loaded.picture.image.height()), std::pair(16, 8));
+    EXPECT_EQ(std::pair(loaded.picture.width, loaded.picture.height), std::pair(64.0, 32.0));
+    const std::vector<double> edge = testsupport::pixelAt(loaded.picture.image, 7, 3);
+    ASSERT_EQ(edge.size(), 4U);
+    EXPECT_GE(edge[0], 250);
+    EXPECT_LE(edge[1], 5);
+    EXPECT_NEAR(edge[3], 128, 2);
+}
+
+// A large non-JPEG picture goes through the box shrink; what comes out must
+// still sit where a reduction of the whole picture puts it.
+TEST(PictureLoaderTest, BoxShrunkPictureDrawsWithinATolerableDistanceOfTheFullDecode) {
+    QTemporaryDir dir;
+    using vips::VImage;
+    // Squares of 60 pixels: a shift of half an output pixel would show all
+    // along their edges.
+    const VImage xy = VImage::xyz(1200, 900);
+    const VImage column = (xy.extract_band(0) / 60).floor();
+    const VImage row = (xy.extract_band(1) / 60).floor();
+    const VImage squares = (column + row).remainder_const({2}).linear(180, 40).cast(VIPS_FORMAT_UCHAR);
+    const VImage picture = VImage::bandjoin({squares, squares.linear(-1, 255), squares})
+                               .cast(VIPS_FORMAT_UCHAR)
+                               .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+    ASSERT_EQ(picture.bands(), 3);
+    const QString path = dir.filePath(QStringLiteral("squares.png"));
+    picture.write_to_file(QFile::encodeName(path).constData());
+
+    RenderSettings settings;
+    settings.request.sizing = sizing(ScaleType::Fit, 100, 100);
+    settings.request.format = FileFormat::Png;
+    ASSERT_EQ(pipelineBoxShrink(settings.request.sizing, 1200, 900, 1), 6);
+    const RenderedFile rendered = renderFile(path, settings);
+    ASSERT_EQ(rendered.status, RenderedFile::Rendered);
+    const VImage drawn =
+        VImage::new_from_buffer(rendered.bytes.constData(), size_t(rendered.bytes.size()), "");
+    ASSERT_EQ(std::pair(drawn.width(), drawn.height()), std::pair(100, 75));
+    const VImage reference = picture.resize(1.0 / 12, VImage::option()->set("kernel", VIPS_KERNEL_LANCZOS3));
+    ASSERT_EQ(drawn.bands(), reference.bands());
+    EXPECT_LT((drawn.cast(VIPS_FORMAT_FLOAT) - reference).abs().avg(), 2.0);
 }
 
 TEST(OutputNamingTest, BaseNameDropsOnlyAPictureExtension) {
