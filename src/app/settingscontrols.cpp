@@ -153,6 +153,8 @@ void SettingsControls::build(const QStringList& resolutionSet) {
     m_resolution->addItems(resolutionSet);
     m_resolution->setValidator(new QIntValidator(0, 100000, m_resolution));
     m_resolution->setInsertPolicy(QComboBox::NoInsert);
+    m_convertToSrgb = new QCheckBox(tr("Convert to sRGB"));
+    m_convertToSrgb->setObjectName(QStringLiteral("convertToSrgb"));
     m_background = new ColorWell;
     m_background->setObjectName(QStringLiteral("backgroundColor"));
 
@@ -162,6 +164,7 @@ void SettingsControls::build(const QStringList& resolutionSet) {
     outputForm->addRow(m_formatPages);
     outputForm->addRow(tr("Resolution:"), row({m_resolution, new QLabel(tr("dpi"))}));
     outputForm->addRow(tr("Background:"), m_background);
+    outputForm->addRow(m_convertToSrgb);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -226,6 +229,7 @@ void SettingsControls::connectControls() {
     connect(m_downOnly, &QCheckBox::toggled, &m, &SettingsModel::setScaleDownOnly);
     connect(m_sizeLimitOn, &QCheckBox::toggled, &m, &SettingsModel::setHasSizeLimit);
     connect(m_preserveHeader, &QCheckBox::toggled, &m, &SettingsModel::setPreserveHeader);
+    connect(m_convertToSrgb, &QCheckBox::toggled, &m, &SettingsModel::setConvertToSrgb);
     connect(m_preserveTransparency, &QCheckBox::toggled, &m, &SettingsModel::setPreserveTransparency);
     connect(m_background, &ColorWell::colorChosen, &m, &SettingsModel::setBackgroundColor);
     connect(m_resolution, &QComboBox::currentTextChanged, this, [&m](const QString& text) {
@@ -255,6 +259,7 @@ void SettingsControls::refresh() {
     display(m_sizeLimit, m.sizeLimit());
     display(m_preserveHeader, m.preserveHeader());
     display(m_preserveTransparency, m.preserveTransparency());
+    display(m_convertToSrgb, m.convertToSrgb());
     {
         const QSignalBlocker block(m_resolution);
         const QString dpi = QString::number(m.resolution().value);
