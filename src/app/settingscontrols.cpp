@@ -61,6 +61,15 @@ void display(QCheckBox* box, bool on, bool enabled = true) {
     box->setEnabled(enabled);
 }
 
+// A stacked widget as tall as its page on show, not as its tallest page.
+void showPage(QStackedWidget* pages, int index) {
+    for (int i = 0; i < pages->count(); ++i)
+        pages->widget(i)->setSizePolicy(QSizePolicy::Preferred,
+                                        i == index ? QSizePolicy::Preferred : QSizePolicy::Ignored);
+    pages->setCurrentIndex(index);
+    pages->adjustSize();
+}
+
 QWidget* row(std::initializer_list<QWidget*> widgets) {
     auto* holder = new QWidget;
     auto* layout = new QHBoxLayout(holder);
@@ -69,6 +78,24 @@ QWidget* row(std::initializer_list<QWidget*> widgets) {
         layout->addWidget(widget);
     layout->addStretch(1);
     return holder;
+}
+
+// The pages sit in forms of their own; one label width for all of them keeps
+// every field in one column.
+void alignLabels(QWidget* top) {
+    QList<QWidget*> labels;
+    int width = 0;
+    for (QFormLayout* form : top->findChildren<QFormLayout*>()) {
+        for (int row = 0; row < form->rowCount(); ++row) {
+            QLayoutItem* item = form->itemAt(row, QFormLayout::LabelRole);
+            if (!item || !item->widget())
+                continue;
+            labels.append(item->widget());
+            width = qMax(width, item->widget()->sizeHint().width());
+        }
+    }
+    for (QWidget* label : labels)
+        label->setMinimumWidth(width);
 }
 
 } // namespace
@@ -133,15 +160,14 @@ void SettingsControls::build(const QStringList& resolutionSet) {
     auto* jpeg = new QFormLayout(jpegPage);
     jpeg->setContentsMargins(0, 0, 0, 0);
     jpeg->addRow(tr("Quality:"), m_quality);
-    jpeg->addRow(row({m_sizeLimitOn, m_sizeLimit}));
-    jpeg->addRow(m_preserveHeader);
+    jpeg->addRow(QString(), row({m_sizeLimitOn, m_sizeLimit}));
+    jpeg->addRow(QString(), m_preserveHeader);
     m_preserveTransparency = new QCheckBox(tr("Keep transparency"));
     m_preserveTransparency->setObjectName(QStringLiteral("preserveTransparency"));
     auto* transparencyPage = new QWidget;
-    auto* transparency = new QVBoxLayout(transparencyPage);
+    auto* transparency = new QFormLayout(transparencyPage);
     transparency->setContentsMargins(0, 0, 0, 0);
-    transparency->addWidget(m_preserveTransparency);
-    transparency->addStretch(1);
+    transparency->addRow(QString(), m_preserveTransparency);
     m_formatPages = new QStackedWidget;
     m_formatPages->setObjectName(QStringLiteral("formatPages"));
     m_formatPages->addWidget(jpegPage);
@@ -164,13 +190,14 @@ void SettingsControls::build(const QStringList& resolutionSet) {
     outputForm->addRow(m_formatPages);
     outputForm->addRow(tr("Resolution:"), row({m_resolution, new QLabel(tr("dpi"))}));
     outputForm->addRow(tr("Background:"), m_background);
-    outputForm->addRow(m_convertToSrgb);
+    outputForm->addRow(QString(), m_convertToSrgb);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(geometry);
     layout->addWidget(output);
     layout->addStretch(1);
+    alignLabels(this);
 
     // Accessible names for the controls whose label is a form row's.
     const std::pair<QWidget*, QString> names[] = {{m_rotation, tr("Rotation")},
@@ -243,7 +270,7 @@ void SettingsControls::refresh() {
     const SettingsModel& m = m_model;
     selectCode(m_rotation, m.rotation());
     selectCode(m_scaleType, m.scaleType());
-    m_sizePages->setCurrentIndex(int(m.sizePage()));
+    showPage(m_sizePages, int(m.sizePage()));
     display(m_width, m.width());
     display(m_height, m.height());
     display(m_crop, m.cropArea());
@@ -253,7 +280,7 @@ void SettingsControls::refresh() {
     selectCode(m_interpolation, m.scaleQuality());
 
     selectCode(m_format, m.format());
-    m_formatPages->setCurrentIndex(m.formatPage() == SettingsModel::FormatPage::Jpeg ? 0 : 1);
+    showPage(m_formatPages, m.formatPage() == SettingsModel::FormatPage::Jpeg ? 0 : 1);
     display(m_quality, {m.jpegQuality(), true});
     display(m_sizeLimitOn, m.hasSizeLimit());
     display(m_sizeLimit, m.sizeLimit());
