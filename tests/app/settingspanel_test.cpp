@@ -157,4 +157,22 @@ TEST_F(SettingsPanelTest, ShortWindowScrollsTheSettingsInsteadOfSqueezingThem) {
     EXPECT_GT(panel->verticalScrollBar()->maximum(), 0);
 }
 
+TEST_F(SettingsPanelTest, TabGoesThroughTheControlsInReadingOrder) {
+    QStringList order;
+    QWidget* start = window->findChild<QWidget*>(QStringLiteral("destinationMenu"));
+    for (QWidget* w = start->nextInFocusChain(); w != start; w = w->nextInFocusChain())
+        if (w->focusPolicy() & Qt::TabFocus)
+            order.append(w->objectName());
+    const QStringList reading{
+        QStringLiteral("rotation"),     QStringLiteral("scaleType"),     QStringLiteral("fileFormat"),
+        QStringLiteral("resolution"),   QStringLiteral("convertToSrgb"), QStringLiteral("watermarksButton"),
+        QStringLiteral("renameButton"), QStringLiteral("creatorMenu"),   QStringLiteral("fileOption0")};
+    qsizetype last = -1;
+    for (const QString& name : reading) {
+        const qsizetype at = order.indexOf(name);
+        EXPECT_GT(at, last) << name.toStdString() << " in " << order.join(QLatin1Char(' ')).toStdString();
+        last = at;
+    }
+}
+
 } // namespace
