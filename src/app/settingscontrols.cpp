@@ -167,7 +167,8 @@ void SettingsControls::build(const QStringList& resolutionSet) {
     auto* transparencyPage = new QWidget;
     auto* transparency = new QFormLayout(transparencyPage);
     transparency->setContentsMargins(0, 0, 0, 0);
-    transparency->addRow(QString(), m_preserveTransparency);
+    // A label of its own, or the box would start in the label column.
+    transparency->addRow(new QLabel, m_preserveTransparency);
     m_formatPages = new QStackedWidget;
     m_formatPages->setObjectName(QStringLiteral("formatPages"));
     m_formatPages->addWidget(jpegPage);
