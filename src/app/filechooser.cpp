@@ -5,6 +5,8 @@
 
 #include <QFileDialog>
 #include <QGridLayout>
+#include <QStandardPaths>
+#include <QUrl>
 
 namespace quillet {
 
@@ -63,6 +65,10 @@ std::optional<QString> FileChooser::chooseApplication(Sheets& sheets, const QStr
         dialog->setOption(QFileDialog::DontUseNativeDialog);
         dialog->setFileMode(QFileDialog::ExistingFile);
         dialog->setNameFilters({QFileDialog::tr("Applications (*.desktop)")});
+        // The system's applications and the user's own.
+        dialog->setSidebarUrls(
+            {QUrl::fromLocalFile(startFolder),
+             QUrl::fromLocalFile(QStandardPaths::writableLocation(QStandardPaths::ApplicationsLocation))});
         auto* drop = new AppDropView(dialog);
         drop->setMinimumHeight(56);
         if (auto* grid = qobject_cast<QGridLayout*>(dialog->layout()))

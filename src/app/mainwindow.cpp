@@ -68,7 +68,7 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
     rebuildDestinationMenu();
 
     setMinimumSize(720, 450);
-    resize(960, 600);
+    resize(980, 780);
     const QByteArray frame = controller.defaults().value(QLatin1String(FrameKey)).toByteArray();
     if (!frame.isEmpty())
         restoreGeometry(frame);
