@@ -5,6 +5,10 @@
 #   progress-sheet.png  the main window during the batch
 #   main-window.png     the main window after it
 #   activity-log.png    the activity log window after it
+#   size-<mode>.png     the main window with each sizing mode chosen
+#   watermarks.png      the watermark window
+#   rename-panel.png    the renaming panel on its date scheme
+#   main-window-dark.png  the main window in a dark palette
 set -euo pipefail
 [ -n "${QUILLET_TRACE:-}" ] && set -x
 cd "$(dirname "$0")/.."
@@ -83,3 +87,35 @@ sleep 1
 shoot "$main" "$shots/main-window.png"
 shoot "$(wait_for 'Activity Log' 10)" "$shots/activity-log.png"
 ls "$work/home/Desktop/Holiday 2024" | wc -l | xargs echo "outputs on the scratch desktop:"
+kill "$app" 2>/dev/null || true
+wait "$app" 2>/dev/null || true
+app=
+
+# The window alone, started on a store written beforehand; extra arguments go
+# to quillet-gui. Waits for the window titled $1 and saves it as $2.
+still() { # title, file, store lines, arguments...
+    local title=$1 file=$2 lines=$3
+    shift 3
+    printf '[General]\nOnTheFlyFolder=false\nShowAutoRotateHint=false\n%b\n' "$lines" >"$work/still.ini"
+    build/release/quillet-gui --settings "$work/still.ini" "$@" 2>>"$work/stderr.log" &
+    app=$!
+    wait_for Quillet 100 >/dev/null
+    sleep 1
+    shoot "$(wait_for "$title" 50)" "$file"
+    kill "$app" 2>/dev/null || true
+    wait "$app" 2>/dev/null || true
+    app=
+}
+
+sizes='Width=1600\nHeight=1200\nCropAreaPercentage=90\nScalePercent=50'
+mode=1
+for name in none width height fit crop stretch percent fill; do
+    still Quillet "$shots/size-$name.png" "ScaleType=$mode\n$sizes"
+    mode=$((mode + 1))
+done
+cp "samples/Canon_40D.jpg" "$work/logo.jpg"
+still Watermarks "$shots/watermarks.png" \
+    "WatermarkEnabled=true\nImageWatermarkEnabled=true\nWatermarkPath=$work/logo.jpg\nWatermarkOpacity=60\nDynWatermarkEnabled=true\nDynWatermarkFields=1, 3" \
+    --show watermarks
+still 'Output File Names' "$shots/rename-panel.png" "SelectedRename=3\nRenamePrefix=trip-" --show rename
+still Quillet "$shots/main-window-dark.png" "ScaleType=4\n$sizes\nFileFormat=102" --dark

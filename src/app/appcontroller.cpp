@@ -1,7 +1,9 @@
 #include "app/appcontroller.h"
 
 #include "app/desktopservices.h"
+#include "app/filechooser.h"
 #include "app/foldernamesheet.h"
+#include "app/renamepanel.h"
 #include "app/sheets.h"
 #include "engine/batch/batchoptions.h"
 #include "support/settingsstore.h"
@@ -27,9 +29,13 @@ bool samePath(const QString& a, const QString& b) {
 
 AppController::AppController(Sheets& sheets, DesktopServices& desktop, QObject* parent)
     : QObject(parent), m_store(SettingsStore::open()), m_defaults(*m_store), m_renamer(*m_store),
-      m_sheets(sheets), m_desktop(desktop), m_destinations(m_defaults), m_shell(m_log, sheets),
-      m_pauseTitle(tr("Pause")) {
+      m_sheets(sheets), m_desktop(desktop), m_destinations(m_defaults), m_creators(m_defaults),
+      m_shell(m_log, sheets), m_pauseTitle(tr("Pause")) {
     m_job = std::make_unique<ImageProcessor>(m_shell, m_renamer);
+    // The window starts with the settings it was left with, which are also
+    // what the command-line tool uses with the same store.
+    m_settings.loadRecord(m_defaults.processingParams());
+    connect(&m_settings, &SettingsModel::changed, this, &AppController::storeSettings);
     connect(&m_shell, &GuiShell::progressBegan, this, [this](int total) {
         m_progressMaximum = total;
         setProgress(0);
@@ -65,8 +71,63 @@ QString AppController::desktopFolder() {
     return QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
 }
 
-ProcessingParams AppController::currentSetting() const {
-    return m_defaults.processingParams();
+ProcessingParams AppController::currentSetting() {
+    const ProcessingParams params = m_settings.currentSetting();
+    m_defaults.setProcessingParams(params);
+    return params;
+}
+
+void AppController::storeSettings() {
+    // A resolution field emptied for typing a new value is not stored: the
+    // record would be set back to 72 under the user's fingers.
+    if (m_settings.resolution().value >= 1)
+        m_defaults.setProcessingParams(m_settings.currentSetting());
+}
+
+void AppController::chooseCreator() {
+    const int previous = m_creators.selectedIndex();
+    const auto path = FileChooser::chooseApplication(m_sheets, QStringLiteral("/usr/share/applications"));
+    if (path) {
+        if (const auto creator = CreatorMenu::creatorWithPath(*path)) {
+            m_creators.add(*creator);
+            Q_EMIT creatorsChanged();
+            return;
+        }
+        m_sheets.runMessageSheet(tr("No Creator Code"),
+                                 tr("The application '%1' does not have a creator code.")
+                                     .arg(CreatorMenu::applicationName(*path)));
+    }
+    m_creators.select(previous);
+    Q_EMIT creatorsChanged();
+}
+
+void AppController::setupRename() {
+    SheetRequest request;
+    request.title = tr("Rename");
+    request.makeDialog = [this](QWidget* window) {
+        m_renamer.readFromDefaults(*m_store);
+        auto* panel = new RenamePanel(m_renamer, window);
+        panel->showScheme();
+        return panel;
+    };
+    request.readAnswer = [](QDialog*, int result) {
+        return SheetAnswer{result == QDialog::Accepted ? 1 : 0, {}};
+    };
+    const SheetAnswer answer = m_sheets.run(std::move(request));
+    m_renamer.acceptChanges(answer.code > 0, *m_store);
+    Q_EMIT renameSummaryChanged(renameSummary());
+}
+
+QString AppController::renameSummary() const {
+    return m_renamer.examples() ? m_renamer.examplesLine() : tr("Same as input filename");
+}
+
+void AppController::showAutoRotateHint() {
+    m_sheets.runHintSheet(
+        tr("Auto-Rotate Hint"),
+        tr("In order for automatic rotation to work, images must be JPEGs taken with a camera "
+           "that supports the EXIF orientation tag."),
+        m_defaults, QStringLiteral("ShowAutoRotateHint"));
 }
 
 void AppController::openFile(const QString& path) {
@@ -132,7 +193,8 @@ void AppController::processFiles(const QStringList& paths) {
     setOutputFolder(output);
     setStatus({});
     m_renamer.readFromDefaults(*m_store);
-    m_job->processFiles(paths, params, output, 0, BatchOptions::fromDefaults(m_defaults));
+    m_job->processFiles(paths, params, output, m_creators.currentCode(),
+                        BatchOptions::fromDefaults(m_defaults));
 }
 
 void AppController::processSingleFile(const QString& path, int option) {
@@ -143,7 +205,7 @@ void AppController::processSingleFile(const QString& path, int option) {
         QDir().mkpath(desktop);
         setOutputFolder(desktop);
         setProcessing(true);
-        m_job->processFiles({path}, params, desktop, 0, options);
+        m_job->processFiles({path}, params, desktop, m_creators.currentCode(), options);
         return;
     }
     if (option != 2 && option != 3)

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "app/activitylogmodel.h"
+#include "app/creatormenu.h"
 #include "app/destinationlist.h"
 #include "app/guishell.h"
+#include "app/settingsmodel.h"
 #include "engine/batch/imageprocessor.h"
 #include "naming/renamer.h"
 #include "settings/userdefaults.h"
@@ -32,6 +34,9 @@ class AppController : public QObject {
     UserDefaults& defaults() { return m_defaults; }
     ActivityLogModel& log() { return m_log; }
     DestinationList& destinations() { return m_destinations; }
+    CreatorMenu& creators() { return m_creators; }
+    // The window's processing settings; every change is written to the store.
+    SettingsModel& settings() { return m_settings; }
     Renamer& renamer() { return m_renamer; }
     ImageProcessor& job() { return *m_job; }
     Sheets& sheets() { return m_sheets; }
@@ -63,8 +68,20 @@ class AppController : public QObject {
     // once the file in hand is finished.
     bool requestQuit();
 
-    // The processing record of the next batch: for now the one in the store.
-    ProcessingParams currentSetting() const;
+    // The processing record of the next batch, from the settings controls.
+    ProcessingParams currentSetting();
+
+    // "Choose an Application ...": a chooser (or an application dropped on
+    // it) adds a creator; one without a creator code is refused with a sheet,
+    // and a refusal or a cancel selects the previous creator again.
+    void chooseCreator();
+    // Runs the renaming panel as a sheet; OK stores the scheme, anything else
+    // reloads it. Emits renameSummaryChanged.
+    void setupRename();
+    // "e.g. <examples> ...", or "Same as input filename" for no renaming.
+    QString renameSummary() const;
+    // Shows the "Auto-Rotate Hint" sheet unless it was turned off.
+    void showAutoRotateHint();
     // The user's desktop folder, the "Desktop" of the settings.
     static QString desktopFolder();
 
@@ -77,6 +94,8 @@ class AppController : public QObject {
     void pauseTitleChanged(const QString& title);
     void processingChanged(bool processing);
     void outputFolderChanged(const QString& folder);
+    void renameSummaryChanged(const QString& summary);
+    void creatorsChanged();
     void readyToQuit();
 
   private:
@@ -88,6 +107,7 @@ class AppController : public QObject {
     void setPauseTitle(const QString& title);
     void setProcessing(bool processing);
     void setOutputFolder(const QString& folder);
+    void storeSettings();
 
     std::unique_ptr<QSettings> m_store;
     UserDefaults m_defaults;
@@ -95,6 +115,8 @@ class AppController : public QObject {
     Sheets& m_sheets;
     DesktopServices& m_desktop;
     DestinationList m_destinations;
+    CreatorMenu m_creators;
+    SettingsModel m_settings;
     ActivityLogModel m_log;
     GuiShell m_shell;
     std::unique_ptr<ImageProcessor> m_job;

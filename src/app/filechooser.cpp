@@ -1,8 +1,12 @@
 #include "app/filechooser.h"
 
 #include "app/sheets.h"
+#include "app/views/singledropview.h"
 
 #include <QFileDialog>
+#include <QGridLayout>
+#include <QStandardPaths>
+#include <QUrl>
 
 namespace quillet {
 
@@ -46,6 +50,43 @@ std::optional<QString> FileChooser::chooseFolder(Sheets& sheets, const QString& 
     if (!chosen)
         return std::nullopt;
     return chosen->first();
+}
+
+constexpr int DroppedCode = 10;
+
+std::optional<QString> FileChooser::chooseApplication(Sheets& sheets, const QString& startFolder) {
+    SheetRequest request;
+    request.title = QFileDialog::tr("Choose an Application");
+    request.message = startFolder;
+    request.makeDialog = [title = request.title, startFolder](QWidget* window) {
+        auto* dialog = new QFileDialog(window, title, startFolder);
+        dialog->setObjectName(QStringLiteral("applicationChooser"));
+        // The drop area below needs Qt's own dialog to sit in.
+        dialog->setOption(QFileDialog::DontUseNativeDialog);
+        dialog->setFileMode(QFileDialog::ExistingFile);
+        dialog->setNameFilters({QFileDialog::tr("Applications (*.desktop)")});
+        // The system's applications and the user's own.
+        dialog->setSidebarUrls(
+            {QUrl::fromLocalFile(startFolder),
+             QUrl::fromLocalFile(QStandardPaths::writableLocation(QStandardPaths::ApplicationsLocation))});
+        auto* drop = new AppDropView(dialog);
+        drop->setMinimumHeight(56);
+        if (auto* grid = qobject_cast<QGridLayout*>(dialog->layout()))
+            grid->addWidget(drop, grid->rowCount(), 0, 1, grid->columnCount());
+        QObject::connect(drop, &AppDropView::dropped, dialog,
+                         [dialog] { static_cast<QDialog*>(dialog)->done(DroppedCode); });
+        return dialog;
+    };
+    request.readAnswer = [](QDialog* dialog, int result) {
+        if (result == DroppedCode)
+            return SheetAnswer{1, dialog->findChild<AppDropView*>()->path()};
+        const QStringList files = static_cast<QFileDialog*>(dialog)->selectedFiles();
+        return SheetAnswer{result == QDialog::Accepted ? 1 : 0, files.value(0)};
+    };
+    const SheetAnswer answer = sheets.run(std::move(request));
+    if (answer.code != 1 || answer.text.isEmpty())
+        return std::nullopt;
+    return answer.text;
 }
 
 } // namespace quillet

@@ -17,6 +17,9 @@ namespace FileChooser {
 std::optional<QStringList> choosePictures(Sheets& sheets, const QString& startFolder);
 // One folder; none when cancelled.
 std::optional<QString> chooseFolder(Sheets& sheets, const QString& title, const QString& startFolder);
+// One desktop application (.desktop file), chosen or dropped on the
+// chooser's drop area (which ends it with code 10); none when cancelled.
+std::optional<QString> chooseApplication(Sheets& sheets, const QString& startFolder);
 
 } // namespace FileChooser
 

@@ -1,12 +1,16 @@
 #include "app/appcontroller.h"
 #include "app/desktopservices.h"
 #include "app/mainwindow.h"
+#include "app/settingspanel.h"
 #include "app/sheets.h"
 #include "engine/batch/batchenvironment.h"
 #include "support/settingsstore.h"
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QPalette>
+#include <QStyleFactory>
+#include <QTimer>
 
 #include <vips/vips8>
 
@@ -16,15 +20,40 @@ using namespace quillet;
 
 namespace {
 
-const char usage[] = "Usage: quillet-gui [--settings FILE] [PATH...]\n"
+const char usage[] = "Usage: quillet-gui [--settings FILE] [--dark] [--show PANEL] [PATH...]\n"
                      "\n"
                      "Opens the Quillet window; pictures and folders given are processed as one batch.\n"
                      "\n"
                      "Options:\n"
                      "  --settings FILE   use FILE (INI) as the settings store; the environment\n"
                      "                    variable QUILLET_SETTINGS does the same\n"
+                     "  --dark            use a dark palette whatever the desktop's theme\n"
+                     "  --show PANEL      open the 'watermarks' window or the 'rename' panel at start\n"
                      "  -h, --help        show this help\n"
                      "  --version         show the version\n";
+
+// For trying the window in a dark theme on a desktop that has none.
+void useDarkPalette(QApplication& app) {
+    app.setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QPalette palette;
+    const QColor window(45, 45, 48), base(30, 30, 32), text(230, 230, 230), dim(130, 130, 135);
+    palette.setColor(QPalette::Window, window);
+    palette.setColor(QPalette::WindowText, text);
+    palette.setColor(QPalette::Base, base);
+    palette.setColor(QPalette::AlternateBase, window);
+    palette.setColor(QPalette::ToolTipBase, base);
+    palette.setColor(QPalette::ToolTipText, text);
+    palette.setColor(QPalette::Text, text);
+    palette.setColor(QPalette::PlaceholderText, dim);
+    palette.setColor(QPalette::Button, window);
+    palette.setColor(QPalette::ButtonText, text);
+    palette.setColor(QPalette::Highlight, QColor(42, 110, 200));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Link, QColor(90, 160, 240));
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, dim);
+    QApplication::setPalette(palette);
+}
 
 } // namespace
 
@@ -36,6 +65,8 @@ int main(int argc, char* argv[]) {
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Quillet"));
 
     QStringList paths;
+    bool dark = false;
+    QString panel;
     QStringList args = app.arguments().mid(1);
     while (!args.isEmpty()) {
         const QString arg = args.takeFirst();
@@ -55,6 +86,18 @@ int main(int argc, char* argv[]) {
             SettingsStore::overridePath(args.takeFirst());
             continue;
         }
+        if (arg == QLatin1String("--dark")) {
+            dark = true;
+            continue;
+        }
+        if (arg == QLatin1String("--show")) {
+            panel = args.isEmpty() ? QString() : args.takeFirst();
+            if (panel != QLatin1String("watermarks") && panel != QLatin1String("rename")) {
+                std::fprintf(stderr, "quillet-gui: --show takes 'watermarks' or 'rename'\n\n%s", usage);
+                return 2;
+            }
+            continue;
+        }
         paths.append(QFileInfo(arg).absoluteFilePath());
     }
     if (VIPS_INIT(argv[0]) != 0) {
@@ -67,8 +110,14 @@ int main(int argc, char* argv[]) {
         Sheets sheets;
         AppController controller(sheets, DesktopServices::standard());
         BatchEnvironment::prepare(BatchOptions::fromDefaults(controller.defaults()));
+        if (dark)
+            useDarkPalette(app);
         MainWindow window(controller);
         window.show();
+        if (panel == QLatin1String("watermarks"))
+            QTimer::singleShot(0, &window, [&window] { window.settingsPanel()->showWatermarks(); });
+        else if (panel == QLatin1String("rename"))
+            QTimer::singleShot(0, &controller, &AppController::setupRename);
         // Everything named on the command line forms one batch.
         for (const QString& path : paths)
             controller.openFile(path);

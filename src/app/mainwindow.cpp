@@ -4,7 +4,6 @@
 #include "app/appcontroller.h"
 #include "app/droparea.h"
 #include "app/filechooser.h"
-#include "app/fileoptionsbox.h"
 #include "app/progresssheet.h"
 #include "app/settingspanel.h"
 #include "app/sheets.h"
@@ -38,7 +37,7 @@ QString displayPath(const QString& path) {
 
 MainWindow::MainWindow(AppController& controller, QWidget* parent)
     : QMainWindow(parent), m_controller(controller), m_dropArea(new DropArea(this)),
-      m_settings(new SettingsPanel(controller, this)), m_destinations(new QComboBox(this)),
+      m_destinations(new QComboBox(this)), m_settings(new SettingsPanel(controller, this)),
       m_progress(new ProgressSheet(controller, this)),
       m_log(new ActivityLogWindow(controller.log(), controller.defaults(), this)) {
     setObjectName(QStringLiteral("mainWindow"));
@@ -60,10 +59,7 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
     grid->setHorizontalSpacing(16);
     grid->addLayout(destinationRow, 0, 0);
     grid->addWidget(m_dropArea, 1, 0);
-    auto* side = new QVBoxLayout;
-    side->addWidget(m_settings, 1);
-    side->addWidget(new FileOptionsBox(controller.defaults(), this));
-    grid->addLayout(side, 0, 1, 2, 1);
+    grid->addWidget(m_settings, 0, 1, 2, 1);
     grid->addWidget(buildStatusRow(), 2, 0, 1, 2);
     grid->setColumnStretch(0, 1);
     grid->setRowStretch(1, 1);
@@ -72,7 +68,7 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
     rebuildDestinationMenu();
 
     setMinimumSize(720, 450);
-    resize(960, 600);
+    resize(980, 780);
     const QByteArray frame = controller.defaults().value(QLatin1String(FrameKey)).toByteArray();
     if (!frame.isEmpty())
         restoreGeometry(frame);
@@ -86,8 +82,8 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
             m_controller.sheets().endSheet();
     });
     connect(&controller, &AppController::processingChanged, this, [this](bool processing) {
-        m_openAction->setEnabled(!processing);
-        m_openFolderAction->setEnabled(!processing);
+        for (QAction* action : std::as_const(m_idleActions))
+            action->setEnabled(!processing);
         if (processing)
             m_settings->refresh();
     });
@@ -114,6 +110,16 @@ void MainWindow::buildMenus() {
     QAction* quit = file->addAction(tr("&Quit"), this, &QWidget::close);
     quit->setObjectName(QStringLiteral("actionQuit"));
     quit->setShortcut(QKeySequence::Quit);
+
+    QMenu* settings = menuBar()->addMenu(tr("&Settings"));
+    QAction* watermarks =
+        settings->addAction(tr("&Watermarks..."), m_settings, &SettingsPanel::showWatermarks);
+    watermarks->setObjectName(QStringLiteral("actionWatermarks"));
+    watermarks->setShortcut(QKeySequence(tr("Ctrl+Shift+W")));
+    QAction* rename = settings->addAction(tr("&Rename..."), &m_controller, &AppController::setupRename);
+    rename->setObjectName(QStringLiteral("actionRename"));
+    rename->setShortcut(QKeySequence(tr("Ctrl+R")));
+    m_idleActions = {m_openAction, m_openFolderAction, watermarks, rename};
 
     QMenu* window = menuBar()->addMenu(tr("&Window"));
     m_logAction = window->addAction(tr("&Activity Log"));
@@ -206,9 +212,9 @@ void MainWindow::openFolder() {
 
 void MainWindow::applyPreferences() {
     UserDefaults& defaults = m_controller.defaults();
-    m_dropArea->setToolTip(defaults.boolValue(QStringLiteral("HideToolTips"))
-                               ? QString()
-                               : tr("Drop files or folders here to start processing."));
+    const bool hideToolTips = defaults.boolValue(QStringLiteral("HideToolTips"));
+    m_dropArea->setToolTip(hideToolTips ? QString() : tr("Drop files or folders here to start processing."));
+    m_settings->setToolTipsHidden(hideToolTips);
     // The log steps aside while another application is in front, and comes
     // back with this one; whether it is open stays as the user left it.
     disconnect(qApp, &QGuiApplication::applicationStateChanged, this, nullptr);

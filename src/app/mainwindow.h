@@ -17,7 +17,7 @@ class ProgressSheet;
 class SettingsPanel;
 
 // The main window: the drop area, the destination menu, the settings
-// summary, the status line with the last picture's thumbnail, the progress
+// controls with the file options, the status line with the last picture's thumbnail, the progress
 // sheet and the activity log window. Closing it quits, after the running
 // batch has been cancelled and its file in hand finished.
 class MainWindow : public QMainWindow {
@@ -28,6 +28,7 @@ class MainWindow : public QMainWindow {
 
     ActivityLogWindow* activityLog() const { return m_log; }
     ProgressSheet* progressSheet() const { return m_progress; }
+    SettingsPanel* settingsPanel() const { return m_settings; }
 
     void setTitle(const std::optional<QString>& title);
     void setTitleSuffix(const std::optional<QString>& suffix);
@@ -49,8 +50,9 @@ class MainWindow : public QMainWindow {
 
     AppController& m_controller;
     DropArea* m_dropArea;
-    SettingsPanel* m_settings;
+    // Made in reading order, which is the keyboard's tab order.
     QComboBox* m_destinations;
+    SettingsPanel* m_settings;
     QLabel* m_thumbnail = nullptr;
     QLabel* m_status = nullptr;
     QLabel* m_outputFolder = nullptr;
@@ -59,6 +61,7 @@ class MainWindow : public QMainWindow {
     QAction* m_openAction = nullptr;
     QAction* m_openFolderAction = nullptr;
     QAction* m_logAction = nullptr;
+    QList<QAction*> m_idleActions;
     std::optional<QString> m_title;
     std::optional<QString> m_titleSuffix;
 };

@@ -61,6 +61,15 @@ void display(QCheckBox* box, bool on, bool enabled = true) {
     box->setEnabled(enabled);
 }
 
+// A stacked widget as tall as its page on show, not as its tallest page.
+void showPage(QStackedWidget* pages, int index) {
+    for (int i = 0; i < pages->count(); ++i)
+        pages->widget(i)->setSizePolicy(QSizePolicy::Preferred,
+                                        i == index ? QSizePolicy::Preferred : QSizePolicy::Ignored);
+    pages->setCurrentIndex(index);
+    pages->adjustSize();
+}
+
 QWidget* row(std::initializer_list<QWidget*> widgets) {
     auto* holder = new QWidget;
     auto* layout = new QHBoxLayout(holder);
@@ -69,6 +78,24 @@ QWidget* row(std::initializer_list<QWidget*> widgets) {
         layout->addWidget(widget);
     layout->addStretch(1);
     return holder;
+}
+
+// The pages sit in forms of their own; one label width for all of them keeps
+// every field in one column.
+void alignLabels(QWidget* top) {
+    QList<QWidget*> labels;
+    int width = 0;
+    for (QFormLayout* form : top->findChildren<QFormLayout*>()) {
+        for (int row = 0; row < form->rowCount(); ++row) {
+            QLayoutItem* item = form->itemAt(row, QFormLayout::LabelRole);
+            if (!item || !item->widget())
+                continue;
+            labels.append(item->widget());
+            width = qMax(width, item->widget()->sizeHint().width());
+        }
+    }
+    for (QWidget* label : labels)
+        label->setMinimumWidth(width);
 }
 
 } // namespace
@@ -133,15 +160,15 @@ void SettingsControls::build(const QStringList& resolutionSet) {
     auto* jpeg = new QFormLayout(jpegPage);
     jpeg->setContentsMargins(0, 0, 0, 0);
     jpeg->addRow(tr("Quality:"), m_quality);
-    jpeg->addRow(row({m_sizeLimitOn, m_sizeLimit}));
-    jpeg->addRow(m_preserveHeader);
+    jpeg->addRow(QString(), row({m_sizeLimitOn, m_sizeLimit}));
+    jpeg->addRow(QString(), m_preserveHeader);
     m_preserveTransparency = new QCheckBox(tr("Keep transparency"));
     m_preserveTransparency->setObjectName(QStringLiteral("preserveTransparency"));
     auto* transparencyPage = new QWidget;
-    auto* transparency = new QVBoxLayout(transparencyPage);
+    auto* transparency = new QFormLayout(transparencyPage);
     transparency->setContentsMargins(0, 0, 0, 0);
-    transparency->addWidget(m_preserveTransparency);
-    transparency->addStretch(1);
+    // A label of its own, or the box would start in the label column.
+    transparency->addRow(new QLabel, m_preserveTransparency);
     m_formatPages = new QStackedWidget;
     m_formatPages->setObjectName(QStringLiteral("formatPages"));
     m_formatPages->addWidget(jpegPage);
@@ -153,6 +180,8 @@ void SettingsControls::build(const QStringList& resolutionSet) {
     m_resolution->addItems(resolutionSet);
     m_resolution->setValidator(new QIntValidator(0, 100000, m_resolution));
     m_resolution->setInsertPolicy(QComboBox::NoInsert);
+    m_convertToSrgb = new QCheckBox(tr("Convert to sRGB"));
+    m_convertToSrgb->setObjectName(QStringLiteral("convertToSrgb"));
     m_background = new ColorWell;
     m_background->setObjectName(QStringLiteral("backgroundColor"));
 
@@ -162,12 +191,14 @@ void SettingsControls::build(const QStringList& resolutionSet) {
     outputForm->addRow(m_formatPages);
     outputForm->addRow(tr("Resolution:"), row({m_resolution, new QLabel(tr("dpi"))}));
     outputForm->addRow(tr("Background:"), m_background);
+    outputForm->addRow(QString(), m_convertToSrgb);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(geometry);
     layout->addWidget(output);
     layout->addStretch(1);
+    alignLabels(this);
 
     // Accessible names for the controls whose label is a form row's.
     const std::pair<QWidget*, QString> names[] = {{m_rotation, tr("Rotation")},
@@ -226,6 +257,7 @@ void SettingsControls::connectControls() {
     connect(m_downOnly, &QCheckBox::toggled, &m, &SettingsModel::setScaleDownOnly);
     connect(m_sizeLimitOn, &QCheckBox::toggled, &m, &SettingsModel::setHasSizeLimit);
     connect(m_preserveHeader, &QCheckBox::toggled, &m, &SettingsModel::setPreserveHeader);
+    connect(m_convertToSrgb, &QCheckBox::toggled, &m, &SettingsModel::setConvertToSrgb);
     connect(m_preserveTransparency, &QCheckBox::toggled, &m, &SettingsModel::setPreserveTransparency);
     connect(m_background, &ColorWell::colorChosen, &m, &SettingsModel::setBackgroundColor);
     connect(m_resolution, &QComboBox::currentTextChanged, this, [&m](const QString& text) {
@@ -239,7 +271,7 @@ void SettingsControls::refresh() {
     const SettingsModel& m = m_model;
     selectCode(m_rotation, m.rotation());
     selectCode(m_scaleType, m.scaleType());
-    m_sizePages->setCurrentIndex(int(m.sizePage()));
+    showPage(m_sizePages, int(m.sizePage()));
     display(m_width, m.width());
     display(m_height, m.height());
     display(m_crop, m.cropArea());
@@ -249,12 +281,13 @@ void SettingsControls::refresh() {
     selectCode(m_interpolation, m.scaleQuality());
 
     selectCode(m_format, m.format());
-    m_formatPages->setCurrentIndex(m.formatPage() == SettingsModel::FormatPage::Jpeg ? 0 : 1);
+    showPage(m_formatPages, m.formatPage() == SettingsModel::FormatPage::Jpeg ? 0 : 1);
     display(m_quality, {m.jpegQuality(), true});
     display(m_sizeLimitOn, m.hasSizeLimit());
     display(m_sizeLimit, m.sizeLimit());
     display(m_preserveHeader, m.preserveHeader());
     display(m_preserveTransparency, m.preserveTransparency());
+    display(m_convertToSrgb, m.convertToSrgb());
     {
         const QSignalBlocker block(m_resolution);
         const QString dpi = QString::number(m.resolution().value);

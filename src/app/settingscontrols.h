@@ -52,6 +52,7 @@ class SettingsControls : public QWidget {
     QCheckBox* m_sizeLimitOn = nullptr;
     KVStepper* m_sizeLimit = nullptr;
     QCheckBox* m_preserveHeader = nullptr;
+    QCheckBox* m_convertToSrgb = nullptr;
     QCheckBox* m_preserveTransparency = nullptr;
     QComboBox* m_resolution = nullptr;
     ColorWell* m_background = nullptr;

@@ -80,6 +80,7 @@ void SettingsModel::reset() {
     m_sizeLimit = {100, false};
     setHasSizeLimit(false);
     m_preserveHeader = true;
+    m_convertToSrgb = false;
     m_background = RgbaColor::white();
     m_imageWatermarkOn = false;
     applyWatermark(false, QString(), FirstLocation, m_opacity);
@@ -110,7 +111,18 @@ void SettingsModel::loadPreset(const std::optional<ProcessingParams>& preset) {
         Q_EMIT changed();
         return;
     }
-    const ProcessingParams& p = *preset;
+    applyRecord(*preset);
+    m_selectedPreset = preset;
+    Q_EMIT changed();
+}
+
+void SettingsModel::loadRecord(const ProcessingParams& record) {
+    applyRecord(record);
+    m_selectedPreset.reset();
+    Q_EMIT changed();
+}
+
+void SettingsModel::applyRecord(const ProcessingParams& p) {
     m_textOn = p.boolValue(K::DynWatermarkEnabled);
     m_textBackground = p.textBackgroundColor();
     m_textSize = p.intValue(K::DynWatermarkSize);
@@ -150,8 +162,6 @@ void SettingsModel::loadPreset(const std::optional<ProcessingParams>& preset) {
                    p.intValue(K::WatermarkLocation), p.intValue(K::WatermarkOpacity));
 
     selectFormat(p.intValue(K::FileFormat));
-    m_selectedPreset = preset;
-    Q_EMIT changed();
 }
 
 ProcessingParams SettingsModel::currentSetting() {
@@ -194,6 +204,11 @@ ProcessingParams SettingsModel::currentSetting() {
     std::sort(fields.begin(), fields.end());
     p.setIntList(K::DynWatermarkFields, fields);
     return p;
+}
+
+void SettingsModel::setConvertToSrgb(bool on) {
+    m_convertToSrgb = on;
+    Q_EMIT changed();
 }
 
 void SettingsModel::selectRotation(int code) {

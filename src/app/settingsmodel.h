@@ -41,6 +41,9 @@ class SettingsModel : public QObject {
     // Sets the controls from a record (missing keys read as 0, false, empty),
     // or, with none, resets them. Remembers the record as the selected preset.
     void loadPreset(const std::optional<ProcessingParams>& preset);
+    // Sets the controls from a record as loadPreset() does, without taking it
+    // as the selected preset: for the record the window last left behind.
+    void loadRecord(const ProcessingParams& record);
     // The preset last applied; none after a reset.
     const std::optional<ProcessingParams>& selectedPreset() const { return m_selectedPreset; }
     // Whether the button that stores the controls into the selected preset works.
@@ -87,6 +90,8 @@ class SettingsModel : public QObject {
     void setSizeLimit(int kilobytes);
     bool preserveHeader() const { return m_preserveHeader; }
     void setPreserveHeader(bool on);
+    bool convertToSrgb() const { return m_convertToSrgb; }
+    void setConvertToSrgb(bool on);
     bool preserveTransparency() const { return m_preserveTransparency; }
     void setPreserveTransparency(bool on);
     RgbaColor backgroundColor() const { return m_background; }
@@ -133,6 +138,7 @@ class SettingsModel : public QObject {
   private:
     void reset();
     void applyScaleType(int code);
+    void applyRecord(const ProcessingParams& p);
     void enableField(Field& field, bool on, int fill);
     void applyWatermark(bool masterOn, const QString& path, int location, int opacity);
 
@@ -156,7 +162,7 @@ class SettingsModel : public QObject {
     bool m_sizeLimitOn = false;
     Field m_sizeLimit{100, false};
     bool m_preserveHeader = true;
-    bool m_convertToSrgb = false; // no control yet; carried so presets keep it
+    bool m_convertToSrgb = false;
     bool m_preserveTransparency = false;
     RgbaColor m_background = RgbaColor::white();
     bool m_watermarkOn = false;

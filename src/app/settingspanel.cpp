@@ -1,41 +1,89 @@
 #include "app/settingspanel.h"
 
 #include "app/appcontroller.h"
-#include "app/settingssummary.h"
+#include "app/creatorcombobox.h"
+#include "app/fileoptionsbox.h"
+#include "app/settingscontrols.h"
+#include "app/watermarkwindow.h"
+#include "settings/settingsschema.h"
 
 #include <QFormLayout>
+#include <QGroupBox>
 #include <QLabel>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 namespace quillet {
 
 SettingsPanel::SettingsPanel(AppController& controller, QWidget* parent)
-    : QGroupBox(tr("Next batch"), parent), m_controller(controller), m_rows(new QFormLayout) {
+    : QScrollArea(parent), m_controller(controller),
+      m_controls(new SettingsControls(controller.settings(),
+                                      controller.defaults().stringList(QStringLiteral("ResolutionSet")))),
+      m_watermarks(new WatermarkWindow(controller.settings(), parent)) {
     setObjectName(QStringLiteral("settingsPanel"));
-    setMinimumWidth(280);
-    m_rows->setLabelAlignment(Qt::AlignRight);
-    m_rows->setHorizontalSpacing(12);
-    m_rows->setVerticalSpacing(8);
-    auto* note = new QLabel(tr("Every batch uses the stored settings shown here."), this);
-    note->setWordWrap(true);
-    note->setForegroundRole(QPalette::PlaceholderText);
-    auto* layout = new QVBoxLayout(this);
-    layout->addLayout(m_rows);
-    layout->addStretch();
-    layout->addWidget(note);
-    refresh();
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // The content fills the visible height while that is enough and keeps
+    // its minimum (with a scroll bar) below it.
+    setWidgetResizable(true);
+
+    auto* content = new QWidget;
+    content->setObjectName(QStringLiteral("settingsContent"));
+    content->setMinimumHeight(MinimumContentHeight);
+    auto* layout = new QVBoxLayout(content);
+    layout->setContentsMargins(0, 0, 4, 0);
+    layout->addWidget(m_controls);
+    layout->addWidget(buildButtons());
+    // Made after the buttons so that the tab order follows the reading order.
+    m_fileOptions = new FileOptionsBox(controller.defaults(), content);
+    layout->addWidget(m_fileOptions);
+    layout->addStretch(1);
+    setWidget(content);
+    setMinimumWidth(content->sizeHint().width() + 24);
+
+    connect(m_controls, &SettingsControls::automaticRotationChosen, &controller,
+            &AppController::showAutoRotateHint);
+    connect(&controller, &AppController::renameSummaryChanged, m_renameSummary, &QLabel::setText);
+}
+
+QWidget* SettingsPanel::buildButtons() {
+    auto* box = new QGroupBox(tr("Files"));
+    auto* watermarks = new QPushButton(tr("Watermarks..."));
+    watermarks->setObjectName(QStringLiteral("watermarksButton"));
+    connect(watermarks, &QPushButton::clicked, this, &SettingsPanel::showWatermarks);
+    auto* rename = new QPushButton(tr("Rename..."));
+    rename->setObjectName(QStringLiteral("renameButton"));
+    connect(rename, &QPushButton::clicked, &m_controller, &AppController::setupRename);
+    m_renameSummary = new QLabel(m_controller.renameSummary());
+    m_renameSummary->setObjectName(QStringLiteral("renameSummary"));
+    m_renameSummary->setWordWrap(true);
+    m_renameSummary->setForegroundRole(QPalette::PlaceholderText);
+    auto* creators = new CreatorComboBox(m_controller);
+
+    auto* form = new QFormLayout(box);
+    form->addRow(tr("Watermarks:"), watermarks);
+    form->addRow(tr("Names:"), rename);
+    form->addRow(QString(), m_renameSummary);
+    auto* creatorLabel = new QLabel(tr("Creator:"));
+    creatorLabel->setBuddy(creators);
+    form->addRow(creatorLabel, creators);
+    return box;
+}
+
+void SettingsPanel::showWatermarks() {
+    m_watermarks->show();
+    m_watermarks->raise();
+    m_watermarks->activateWindow();
+}
+
+void SettingsPanel::setToolTipsHidden(bool hidden) {
+    m_controls->setToolTipsHidden(hidden);
+    m_watermarks->setToolTipsHidden(hidden);
 }
 
 void SettingsPanel::refresh() {
-    while (m_rows->rowCount() > 0)
-        m_rows->removeRow(0);
-    const auto rows = settingsSummary(m_controller.currentSetting(), m_controller.renamer());
-    for (const auto& [label, value] : rows) {
-        auto* text = new QLabel(value, this);
-        text->setWordWrap(true);
-        text->setTextInteractionFlags(Qt::TextSelectableByMouse);
-        m_rows->addRow(QStringLiteral("<b>%1</b>").arg(label.toHtmlEscaped()), text);
-    }
+    m_fileOptions->refresh();
+    m_renameSummary->setText(m_controller.renameSummary());
 }
 
 } // namespace quillet

@@ -1,25 +1,44 @@
 #pragma once
 
-#include <QGroupBox>
+#include <QScrollArea>
 
-class QFormLayout;
+class QLabel;
 
 namespace quillet {
 
 class AppController;
+class FileOptionsBox;
+class SettingsControls;
+class WatermarkWindow;
 
-// The right-hand panel: what the next batch will do, read from the stored
-// settings. The settings controls will take this place.
-class SettingsPanel : public QGroupBox {
+// The right-hand side of the main window: the settings controls, the
+// watermark and renaming buttons with the rename summary line, the creator
+// menu and the file options, scrolled when the window is too low for them.
+// The content is never squeezed below a height the controls fit in.
+class SettingsPanel : public QScrollArea {
     Q_OBJECT
   public:
+    static constexpr int MinimumContentHeight = 364;
+
     SettingsPanel(AppController& controller, QWidget* parent = nullptr);
-    // Reads the stored settings again.
+
+    SettingsControls* controls() const { return m_controls; }
+    WatermarkWindow* watermarkWindow() const { return m_watermarks; }
+    // Removes or restores the tool tips of every control here and in the
+    // watermark window ("HideToolTips").
+    void setToolTipsHidden(bool hidden);
+    void showWatermarks();
+    // Reads the stored file options and renaming scheme again.
     void refresh();
 
   private:
+    QWidget* buildButtons();
+
     AppController& m_controller;
-    QFormLayout* m_rows;
+    SettingsControls* m_controls;
+    WatermarkWindow* m_watermarks;
+    QLabel* m_renameSummary = nullptr;
+    FileOptionsBox* m_fileOptions = nullptr;
 };
 
 } // namespace quillet

@@ -105,3 +105,49 @@ TEST(ImageAndTextDelegate, PictureSitsThreeInAndCentredWithTheTextBesideIt) {
     EXPECT_TRUE(ImageAndTextDelegate::imageRect(cell, QSize()).isNull());
     EXPECT_EQ(ImageAndTextDelegate::textRect(cell, QSize()), cell);
 }
+
+namespace {
+
+// What every control of the panel shows, by object name.
+QStringList shown(const SettingsControls& controls) {
+    QStringList states;
+    for (const QComboBox* menu : controls.findChildren<QComboBox*>())
+        states
+            << QStringLiteral("%1=%2/%3").arg(menu->objectName(), menu->currentText()).arg(menu->isEnabled());
+    for (const KVStepper* field : controls.findChildren<KVStepper*>())
+        states << QStringLiteral("%1=%2/%3").arg(field->objectName(), field->text()).arg(field->isEnabled());
+    for (const QCheckBox* box : controls.findChildren<QCheckBox*>())
+        states
+            << QStringLiteral("%1=%2/%3").arg(box->objectName()).arg(box->isChecked()).arg(box->isEnabled());
+    for (const QStackedWidget* pages : controls.findChildren<QStackedWidget*>())
+        states << QStringLiteral("%1=%2").arg(pages->objectName()).arg(pages->currentIndex());
+    return states;
+}
+
+} // namespace
+
+TEST(SettingsControls, RecordFromTheControlsLoadsBackIntoTheSameControls) {
+    const QStringList resolutions{QStringLiteral("72"), QStringLiteral("300")};
+    for (const int mode : {ScaleType::ToHeight, ScaleType::Crop, ScaleType::Percent}) {
+        SCOPED_TRACE(mode);
+        SettingsModel model;
+        SettingsControls controls(model, resolutions);
+        choose(controls.findChild<QComboBox*>(QStringLiteral("scaleType")), mode);
+        choose(controls.findChild<QComboBox*>(QStringLiteral("rotation")), Rotation::HalfTurn);
+        choose(controls.findChild<QComboBox*>(QStringLiteral("fileFormat")), FileFormat::Jpeg);
+        controls.findChild<KVStepper*>(QStringLiteral("height"))->setValue(333);
+        controls.findChild<QCheckBox*>(QStringLiteral("hasSizeLimit"))->click();
+        controls.findChild<KVStepper*>(QStringLiteral("sizeLimit"))->setValue(250);
+        controls.findChild<QCheckBox*>(QStringLiteral("preserveHeader"))->click();
+        controls.findChild<QComboBox*>(QStringLiteral("resolution"))->setEditText(QStringLiteral("144"));
+        controls.findChild<QCheckBox*>(QStringLiteral("convertToSrgb"))->click();
+        const ProcessingParams record = model.currentSetting();
+        EXPECT_EQ(record.intValue(ParamKey::Resolution), 144);
+
+        SettingsModel other;
+        SettingsControls again(other, resolutions);
+        other.loadPreset(record);
+        EXPECT_EQ(shown(again), shown(controls));
+        EXPECT_TRUE(other.currentSetting() == record);
+    }
+}
