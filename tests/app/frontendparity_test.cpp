@@ -35,7 +35,7 @@ TEST_F(FrontEndParityTest, SameStoreGivesTheSameOutputTree) {
     batchtree::text(in(QStringLiteral("trip/notes.txt")));
     batchtree::text(in(QStringLiteral("trip/.DS_Store")), "\0\0\0\1Bud1");
     batchtree::picture(in(QStringLiteral("trip/day2/scan.png")), 30, 20);
-    controller->defaults().setInt(QStringLiteral("JpegQuality"), 63);
+    controller->settings().setJpegQuality(63); // the window's control, written back to the store
     controller->defaults().setInt(QStringLiteral("SelectedRename"), 1);
     controller->defaults().setValue(QStringLiteral("RenamePrefix"), QStringLiteral("img"));
 
@@ -43,6 +43,7 @@ TEST_F(FrontEndParityTest, SameStoreGivesTheSameOutputTree) {
     const QString toolOut = scratch->filePath(QStringLiteral("tool"));
     ASSERT_EQ(runTool({in(QStringLiteral("trip"))}, toolOut), 0);
 
+    EXPECT_EQ(controller->defaults().intValue(QStringLiteral("JpegQuality")), 63);
     const auto window = batchtree::checksums(out);
     const auto tool = batchtree::checksums(toolOut);
     EXPECT_EQ(window, tool);
