@@ -3,6 +3,7 @@
 #include "engine/picture.h"
 
 #include <QByteArray>
+#include <QSettings>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -48,6 +49,18 @@ vips::VImage solidImage(int width, int height, int r, int g, int b, int a = 255)
 Picture solidPicture(int width, int height, int r, int g, int b, int a = 255);
 // One pixel as {r, g, b, a}.
 std::vector<double> pixelAt(const vips::VImage& image, int x, int y);
+
+// Every reading goes through a fresh QSettings on a real INI file, the store
+// that hands everything back as text.
+class StoreTest : public testing::Test {
+  protected:
+    std::unique_ptr<QSettings> ini() const {
+        return std::make_unique<QSettings>(dir.filePath(QStringLiteral("s.ini")), QSettings::IniFormat);
+    }
+    void seed(const QString& key, const QVariant& value) const { ini()->setValue(key, value); }
+
+    QTemporaryDir dir;
+};
 
 } // namespace testsupport
 

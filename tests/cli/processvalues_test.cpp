@@ -4,6 +4,7 @@
 #include "settings/presetstore.h"
 #include "settings/settingsschema.h"
 #include "settings/userdefaults.h"
+#include "testsupport.h"
 
 #include <QSettings>
 #include <QTemporaryDir>
@@ -14,17 +15,7 @@ using namespace quillet;
 
 namespace {
 
-// Every reading goes through a fresh QSettings on a real INI file, the store
-// that hands everything back as text.
-class StoreTest : public testing::Test {
-  protected:
-    std::unique_ptr<QSettings> ini() const {
-        return std::make_unique<QSettings>(dir.filePath(QStringLiteral("s.ini")), QSettings::IniFormat);
-    }
-    void seed(const QString& key, const QVariant& value) const { ini()->setValue(key, value); }
-
-    QTemporaryDir dir;
-};
+using testsupport::StoreTest;
 
 // One refused record value, tried at every entrance of the settings.
 struct Refusal {

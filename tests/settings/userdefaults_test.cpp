@@ -1,5 +1,6 @@
 #include "settings/settingsschema.h"
 #include "settings/userdefaults.h"
+#include "testsupport.h"
 
 #include <QSettings>
 #include <QStandardPaths>
@@ -13,17 +14,7 @@ namespace {
 
 namespace K = ParamKey;
 
-// Every reading goes through a fresh QSettings on a real INI file, the store
-// that hands everything back as text.
-class StoreTest : public testing::Test {
-  protected:
-    std::unique_ptr<QSettings> ini() const {
-        return std::make_unique<QSettings>(dir.filePath(QStringLiteral("s.ini")), QSettings::IniFormat);
-    }
-    void seed(const QString& key, const QVariant& value) const { ini()->setValue(key, value); }
-
-    QTemporaryDir dir;
-};
+using testsupport::StoreTest;
 
 TEST_F(StoreTest, AnEmptyStoreGivesTheRegisteredDefaultsAndTheResetRecord) {
     const auto store = ini();
