@@ -5,6 +5,9 @@
 #include "settings/settingsschema.h"
 #include "settings/userdefaults.h"
 
+#include <QVariantList>
+#include <QVariantMap>
+
 #include <climits>
 #include <functional>
 #include <map>
@@ -364,6 +367,11 @@ ProcessParse parseProcessArguments(const QStringList& args, QSettings& settings)
     parser.request.params = defaults.processingParams();
     parser.request.renamer = Renamer(settings);
     parser.request.options = BatchOptions::fromDefaults(defaults);
+    // The creator the window has selected, as its batches stamp it; --creator overrides.
+    const QVariantList creators = defaults.value(QStringLiteral("Creators")).toList();
+    const int selected = defaults.intValue(QStringLiteral("SelectedCreator"));
+    if (selected >= 1 && selected <= creators.size())
+        parser.request.creator = creators.at(selected - 1).toMap().value(QStringLiteral("code")).toUInt();
     parser.request.notes = defaults.problems();
 
     // The preset comes first wherever it stands, so every other option refines it.
@@ -477,7 +485,7 @@ QString processUsage() {
         "Files (start from the stored preferences):\n"
         "  --copy-non-images | --skip-non-images\n"
         "  --set-creation-date  --set-modification-date  --hide-extension  --custom-icon\n"
-        "  (each also as --no-...)   --creator CODE (four characters)\n"
+        "  (each also as --no-...)   --creator CODE (four characters; default: the window's)\n"
         "\n"
         "Running:\n"
         "  --on-conflict ask|skip|replace   when an output exists (ask needs a terminal;\n"

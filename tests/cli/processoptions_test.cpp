@@ -121,6 +121,14 @@ TEST_F(ProcessOptionsTest, NamingFileOptionsAndRunningOptionsReachTheRequest) {
     EXPECT_EQ(plain.request->params, ProcessingParams::defaults());
     EXPECT_TRUE(plain.request->options.parallel);
     EXPECT_FALSE(plain.request->conflictGiven);
+    EXPECT_EQ(plain.request->creator, 0u);
+    // The window's selected creator is stamped too, unless --creator says otherwise.
+    settings.setValue(QStringLiteral("Creators"),
+                      QVariantList{QVariantMap{{QStringLiteral("label"), QStringLiteral("Viewer")},
+                                               {QStringLiteral("code"), 0x70727677u}}});
+    settings.setValue(QStringLiteral("SelectedCreator"), 1);
+    EXPECT_EQ(parse("a --dest o").request->creator, 0x70727677u);
+    EXPECT_EQ(parse("a --dest o --creator 8BIM").request->creator, 0x3842494Du);
 }
 
 TEST(ProcessValuesTest, ColoursAndCodes) {
