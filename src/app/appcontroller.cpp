@@ -46,7 +46,9 @@ AppController::AppController(Sheets& sheets, DesktopServices& desktop, QObject* 
             [this](const QString& text, const QImage& thumbnail, int advance) {
                 m_currentFile = text;
                 Q_EMIT currentFileChanged(text);
-                setStatus(text);
+                // The file in hand when the pause was asked for finishes
+                // after it; its status keeps the pause in sight.
+                setStatus(m_job->isPaused() ? tr("%1 - PAUSED").arg(text) : text);
                 if (!thumbnail.isNull())
                     setThumbnail(thumbnail);
                 setProgress(m_progress + advance);
