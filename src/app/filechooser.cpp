@@ -12,8 +12,22 @@ namespace quillet {
 
 namespace {
 
+constexpr int DroppedCode = 10;
+
+// Puts a drop area for one item under Qt's own file dialog; a drop there ends
+// the dialog with code 10 and the dropped path.
+void addDropArea(QFileDialog* dialog, SingleDropView* drop) {
+    dialog->setOption(QFileDialog::DontUseNativeDialog);
+    drop->setParent(dialog);
+    drop->setMinimumHeight(56);
+    if (auto* grid = qobject_cast<QGridLayout*>(dialog->layout()))
+        grid->addWidget(drop, grid->rowCount(), 0, 1, grid->columnCount());
+    QObject::connect(drop, &SingleDropView::dropped, dialog,
+                     [dialog] { static_cast<QDialog*>(dialog)->done(DroppedCode); });
+}
+
 std::optional<QStringList> run(Sheets& sheets, const QString& title, const QString& startFolder,
-                               QFileDialog::FileMode mode) {
+                               QFileDialog::FileMode mode, bool folderDrop = false) {
     SheetRequest request;
     request.title = title;
     request.message = startFolder;
@@ -25,9 +39,13 @@ std::optional<QStringList> run(Sheets& sheets, const QString& title, const QStri
             dialog->setNameFilters({QFileDialog::tr("Pictures (*.jpg *.jpeg *.png *.tif *.tiff *.gif *.bmp "
                                                     "*.webp *.heic *.JPG *.JPEG *.PNG *.TIF *.TIFF)"),
                                     QFileDialog::tr("All files (*)")});
+        if (folderDrop)
+            addDropArea(dialog, new FolderView);
         return dialog;
     };
     request.readAnswer = [](QDialog* dialog, int result) {
+        if (result == DroppedCode)
+            return SheetAnswer{1, dialog->findChild<SingleDropView*>()->path()};
         // Several files travel as one text, a line each.
         return SheetAnswer{result == QDialog::Accepted ? 1 : 0,
                            static_cast<QFileDialog*>(dialog)->selectedFiles().join(QLatin1Char('\n'))};
@@ -45,14 +63,12 @@ std::optional<QStringList> FileChooser::choosePictures(Sheets& sheets, const QSt
 }
 
 std::optional<QString> FileChooser::chooseFolder(Sheets& sheets, const QString& title,
-                                                 const QString& startFolder) {
-    const auto chosen = run(sheets, title, startFolder, QFileDialog::Directory);
+                                                 const QString& startFolder, bool dropArea) {
+    const auto chosen = run(sheets, title, startFolder, QFileDialog::Directory, dropArea);
     if (!chosen)
         return std::nullopt;
     return chosen->first();
 }
-
-constexpr int DroppedCode = 10;
 
 std::optional<QString> FileChooser::chooseApplication(Sheets& sheets, const QString& startFolder) {
     SheetRequest request;
@@ -61,20 +77,13 @@ std::optional<QString> FileChooser::chooseApplication(Sheets& sheets, const QStr
     request.makeDialog = [title = request.title, startFolder](QWidget* window) {
         auto* dialog = new QFileDialog(window, title, startFolder);
         dialog->setObjectName(QStringLiteral("applicationChooser"));
-        // The drop area below needs Qt's own dialog to sit in.
-        dialog->setOption(QFileDialog::DontUseNativeDialog);
         dialog->setFileMode(QFileDialog::ExistingFile);
         dialog->setNameFilters({QFileDialog::tr("Applications (*.desktop)")});
         // The system's applications and the user's own.
         dialog->setSidebarUrls(
             {QUrl::fromLocalFile(startFolder),
              QUrl::fromLocalFile(QStandardPaths::writableLocation(QStandardPaths::ApplicationsLocation))});
-        auto* drop = new AppDropView(dialog);
-        drop->setMinimumHeight(56);
-        if (auto* grid = qobject_cast<QGridLayout*>(dialog->layout()))
-            grid->addWidget(drop, grid->rowCount(), 0, 1, grid->columnCount());
-        QObject::connect(drop, &AppDropView::dropped, dialog,
-                         [dialog] { static_cast<QDialog*>(dialog)->done(DroppedCode); });
+        addDropArea(dialog, new AppDropView);
         return dialog;
     };
     request.readAnswer = [](QDialog* dialog, int result) {

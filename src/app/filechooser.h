@@ -15,8 +15,10 @@ namespace FileChooser {
 
 // Pictures to process; none when cancelled.
 std::optional<QStringList> choosePictures(Sheets& sheets, const QString& startFolder);
-// One folder; none when cancelled.
-std::optional<QString> chooseFolder(Sheets& sheets, const QString& title, const QString& startFolder);
+// One folder; none when cancelled. With a drop area, a folder dropped on the
+// chooser's drop area is taken as well.
+std::optional<QString> chooseFolder(Sheets& sheets, const QString& title, const QString& startFolder,
+                                    bool dropArea = false);
 // One desktop application (.desktop file), chosen or dropped on the
 // chooser's drop area (which ends it with code 10); none when cancelled.
 std::optional<QString> chooseApplication(Sheets& sheets, const QString& startFolder);

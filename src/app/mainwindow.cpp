@@ -189,7 +189,7 @@ void MainWindow::destinationChosen(int index) {
         list.removeSelected();
     } else if (index == count + 2) {
         const auto folder =
-            FileChooser::chooseFolder(m_controller.sheets(), tr("Choose a Folder"), QDir::homePath());
+            FileChooser::chooseFolder(m_controller.sheets(), tr("Choose a Folder"), QDir::homePath(), true);
         if (folder)
             list.add(*folder);
         else
