@@ -8,6 +8,7 @@
 
 #include <QString>
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 
@@ -26,6 +27,9 @@ struct BatchContext {
     // Told of every file the batch writes, so work done ahead on an input that
     // has just been replaced can be redone.
     std::function<void(const QString&)> fileWritten;
+    // Settings that cannot take effect in full are said once a batch, by
+    // whichever worker meets them first.
+    std::atomic<bool> textSizeCapSaid = false;
 };
 
 } // namespace quillet

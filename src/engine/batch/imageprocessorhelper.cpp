@@ -4,6 +4,7 @@
 #include "engine/batch/batchrenderqueue.h"
 #include "engine/pipeline/outputmetadata.h"
 #include "engine/pipeline/outputnaming.h"
+#include "engine/watermark/textwatermarkstyle.h"
 #include "metadata/metadatanotes.h"
 #include "support/customicon.h"
 #include "support/fileattributes.h"
@@ -98,6 +99,11 @@ int ImageProcessorHelper::processFile(const QString& path, int index, BatchConte
 int ImageProcessorHelper::commitFile(RenderedFile& rendered, int index, BatchContext& context,
                                      const QString& outputDir, std::optional<vips::VImage>* thumbnailOut) {
     rendered.pictureLog.replay(context.shell);
+    if (rendered.textSizeCapped && !context.textSizeCapSaid.exchange(true))
+        context.shell.writeWarningActivity(
+            QStringLiteral("The text watermark is drawn at %1 pixels at most, the largest size the text "
+                           "renderer draws; larger pictures get it at that size\n")
+                .arg(kLargestFontSize));
     if (rendered.status == RenderedFile::Failed)
         return NotWritten; // the log says why; nothing to copy in its place
     if (rendered.status != RenderedFile::Rendered)

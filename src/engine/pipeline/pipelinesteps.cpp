@@ -19,7 +19,7 @@ int orientationOf(const QString& path, const SourceMetadata& source, MetadataNot
     return orientation >= 1 && orientation <= 8 ? orientation : 1;
 }
 
-void drawWatermarks(Picture& picture, const ProcessingRequest& request,
+bool drawWatermarks(Picture& picture, const ProcessingRequest& request,
                     const std::optional<Picture>& watermark, const KVImageInfo* info, ActivityLog& log) {
     const ProcessingRequest::ImageWatermark& image = request.imageWatermark;
     if (image.enabled && watermark)
@@ -29,8 +29,9 @@ void drawWatermarks(Picture& picture, const ProcessingRequest& request,
         const QStringList texts = watermarkTexts(*info, text.fields);
         // Every field may come out empty; there is then nothing to draw.
         if (!texts.isEmpty())
-            drawStrings(texts, picture, text.size, text.style, text.background);
+            return drawStrings(texts, picture, text.size, text.style, text.background).sizeCapped;
     }
+    return false;
 }
 
 QByteArray encode(const Picture& picture, const ProcessingRequest& request, ActivityLog& log,

@@ -22,8 +22,9 @@ namespace PipelineSteps {
 // format's from what its decoder read, and a HEIF picture, decoded upright,
 // has none.
 int orientationOf(const QString& path, const SourceMetadata& source = {}, MetadataNotes* notes = nullptr);
-// Image and text watermarks as the request asks.
-void drawWatermarks(Picture& picture, const ProcessingRequest& request,
+// Image and text watermarks as the request asks. True when the text was
+// drawn smaller than the picture's height asks for, at the renderer's limit.
+bool drawWatermarks(Picture& picture, const ProcessingRequest& request,
                     const std::optional<Picture>& watermark, const KVImageInfo* info, ActivityLog& log);
 // The output bytes with the colour profile given, empty on failure.
 QByteArray encode(const Picture& picture, const ProcessingRequest& request, ActivityLog& log,

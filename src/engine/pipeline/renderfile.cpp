@@ -152,8 +152,8 @@ void finish(RenderedFile& out, const RenderSettings& settings, const Picture& lo
     const QByteArray profile = request.convertToSrgb
                                    ? ColourProfile::convertToSrgb(picture, out.source.iccProfile)
                                    : out.source.iccProfile;
-    PipelineSteps::drawWatermarks(picture, request, settings.watermark, out.info ? &*out.info : nullptr,
-                                  out.pictureLog);
+    out.textSizeCapped = PipelineSteps::drawWatermarks(picture, request, settings.watermark,
+                                                       out.info ? &*out.info : nullptr, out.pictureLog);
     out.bytes = PipelineSteps::encode(picture, request, out.encoderLog, profile);
 }
 

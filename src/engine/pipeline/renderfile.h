@@ -29,6 +29,7 @@ struct RenderedFile {
     BatchLog encoderLog;
     QByteArray bytes; // encoded output; empty when encoding failed
     bool autoRotated = false;
+    bool textSizeCapped = false; // the text watermark is smaller than the picture asks for
     // The file's metadata record, made only when naming, watermark or dates need it.
     std::optional<KVImageInfo> info;
     std::optional<vips::VImage> thumbnail; // 64 x 64 at most, of the input picture

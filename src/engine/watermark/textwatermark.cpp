@@ -3,6 +3,7 @@
 #include "engine/watermark/textwatermarkstyle.h"
 #include "engine/watermark/watermarkoverlay.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace quillet {
@@ -80,12 +81,15 @@ TextBarLayout drawStrings(const QStringList& texts, Picture& image, int sizeInde
         return {};
     try {
         const int width = image.image.width();
-        const int startSize = startFontSize(image.image.height(), sizeIndex);
+        const int wanted = startFontSize(image.image.height(), sizeIndex);
+        const int startSize = std::min(wanted, kLargestFontSize);
         const StyledTexts styled = fitStrings(texts, startSize, width, textWatermarkStyle(style));
         const qsizetype count = texts.size();
         const double spacing =
             count > 1 ? double(width - styled.totalWidth - 2 * kMargin) / double(count - 1) : 0;
-        return drawAttributedStrings(styled, image, background, kMargin, spacing);
+        TextBarLayout layout = drawAttributedStrings(styled, image, background, kMargin, spacing);
+        layout.sizeCapped = wanted > startSize && styled.fontSize == startSize;
+        return layout;
     } catch (const vips::VError& error) {
         throw WatermarkError(error.what());
     }

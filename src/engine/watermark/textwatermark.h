@@ -19,6 +19,9 @@ struct TextBarLayout {
     double spacing = 0;
     std::vector<double> x; // origin of each text
     std::vector<int> widths;
+    // The picture asked for a larger size than the renderer draws, and the
+    // texts would have fitted larger.
+    bool sizeCapped = false;
 };
 
 // Fills a bar of 1.2 line heights across the bottom of the picture with the
@@ -34,7 +37,8 @@ TextBarLayout drawAttributedStrings(const StyledTexts& styled, Picture& image, c
 // picture's height times the size factor, at which the texts fit across the
 // picture (never below 5 unless the start is), then justifies them from 10
 // pixels inside the left edge to 10 pixels inside the right one. A single
-// text stands at the left. Throws WatermarkError for an empty list of texts
+// text stands at the left. The search starts at kLargestFontSize at most.
+// Throws WatermarkError for an empty list of texts
 // or when libvips refuses the drawing.
 TextBarLayout drawStrings(const QStringList& texts, Picture& image, int sizeIndex, int style,
                           const RgbaColor& background);

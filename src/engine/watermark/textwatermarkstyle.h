@@ -34,4 +34,9 @@ double fontSizeFactor(int sizeIndex);
 // halves rounded away from zero.
 int startFontSize(double pictureHeight, int sizeIndex);
 
+// The largest font size, in pixels, the text renderer draws. Text is drawn
+// on cairo surfaces, which end at 32767 pixels a side; a line box of the
+// tallest fallback fonts stays inside that up to about this size.
+constexpr int kLargestFontSize = 20000;
+
 } // namespace quillet
