@@ -7,12 +7,14 @@
 #include "metadata/imagekind.h"
 #include "metadata/jpegsections.h"
 #include "metadata/orientationtag.h"
+#include "metadata/pictureexif.h"
 #include "metadata/thumbnailmaker.h"
 
 #include <QFile>
 #include <QFileInfo>
 
 #include <cstdio>
+#include <cstring>
 
 namespace quillet {
 
@@ -41,17 +43,11 @@ QDateTime parseExifDate(const char* text) {
     return QDateTime(date, time);
 }
 
-void extractFromImageInfo(const JpegContext& ctx, KVImageInfo::Data& data, bool makeThumbnail) {
-    const ImageInfo& info = ctx.Info;
-    if (makeThumbnail && info.ThumbnailPointer && info.ThumbnailSize > 0)
-        data.thumbnail = thumbnailmaker::thumbnailForBuffer(info.ThumbnailPointer, info.ThumbnailSize,
-                                                            ThumbnailBox, ThumbnailBox);
+// Camera, exposure, comment and capture date: what EXIF tells, whatever the
+// picture's format.
+void extractExifFields(const ImageInfo& info, KVImageInfo::Data& data) {
     data.cameraMake = fromCText(info.CameraMake);
     data.cameraModel = fromCText(info.CameraModel);
-    data.width = info.Width;
-    data.height = info.Height;
-    data.size = info.FileSize;
-    data.orientation = info.Orientation;
     data.ccdWidth = info.CCDWidth;
     data.focalLength = info.FocalLength;
     data.exposureTime = info.ExposureTime;
@@ -65,21 +61,58 @@ void extractFromImageInfo(const JpegContext& ctx, KVImageInfo::Data& data, bool 
     data.creationDateString = fromCText(info.DateTime);
     if (!data.creationDateString.isEmpty())
         data.creationDate = parseExifDate(info.DateTime);
+}
+
+void extractFromImageInfo(const JpegContext& ctx, KVImageInfo::Data& data, bool makeThumbnail) {
+    const ImageInfo& info = ctx.Info;
+    if (makeThumbnail && info.ThumbnailPointer && info.ThumbnailSize > 0)
+        data.thumbnail = thumbnailmaker::thumbnailForBuffer(info.ThumbnailPointer, info.ThumbnailSize,
+                                                            ThumbnailBox, ThumbnailBox);
+    extractExifFields(info, data);
+    data.width = info.Width;
+    data.height = info.Height;
+    data.size = info.FileSize;
+    data.orientation = info.Orientation;
     data.fileDate = QDateTime::fromSecsSinceEpoch(info.FileDateTime);
 }
 
-// Any picture libvips can open: its pixel size from the header alone.
-bool extractFromFile(const QString& path, KVImageInfo::Data& data) {
+// The EXIF of a picture other than a JPEG, from its header. A JPEG that
+// reached this point failed its own EXIF read and is left as it stands.
+void extractFromHeaderExif(const vips::VImage& header, const QString& path, KVImageInfo::Data& data,
+                           MetadataNotes* notes) {
+    const char* loader = vips_foreign_find_load(QFile::encodeName(path).constData());
+    if (!loader) {
+        vips_error_clear();
+        return;
+    }
+    if (std::strcmp(loader, "VipsForeignLoadJpegFile") == 0)
+        return;
+    const QByteArray exif = PictureExif::fromHeader(header, loader, path);
+    if (exif.isEmpty())
+        return;
+    JpegContext ctx;
+    ctx.Notes = notes;
+    ctx.CurrentFile = QFile::encodeName(path).toStdString();
+    ctx.Info.FlashUsed = -1;
+    ctx.Info.MeteringMode = -1;
+    PictureExif::parse(ctx, exif);
+    extractExifFields(ctx.Info, data);
+}
+
+// Any picture libvips can open: its pixel size from the header alone, and
+// the EXIF fields when the header carries EXIF.
+bool extractFromFile(const QString& path, KVImageInfo::Data& data, MetadataNotes* notes) {
     try {
         const vips::VImage image = vips::VImage::new_from_file(QFile::encodeName(path).constData());
         if (image.width() == 0 && image.height() == 0)
             return false;
         data.width = image.width();
         data.height = image.height();
+        data.flashUsed = false;
+        extractFromHeaderExif(image, path, data, notes);
     } catch (const vips::VError&) {
         return false;
     }
-    data.flashUsed = false;
     const QFileInfo file(path);
     if (file.exists()) {
         data.size = file.size();
@@ -104,7 +137,7 @@ std::optional<KVImageInfo> KVImageInfo::fromFile(const QString& path, bool fallb
         DiscardData(ctx);
         if (data.thumbnail)
             return KVImageInfo(std::move(data));
-    } else if (!fallbackOnFile || !extractFromFile(path, data)) {
+    } else if (!fallbackOnFile || !extractFromFile(path, data, notes)) {
         return std::nullopt;
     }
     if (makeThumbnail)

@@ -40,3 +40,16 @@ TEST(ImageInfoRecord, TwoThreadsBuildRecordsAtOnce) {
     first.join(), second.join();
     EXPECT_EQ(wrong.load(), 0);
 }
+
+// A phone's HEIC carries its EXIF through the decoder, not in JPEG sections.
+TEST(ImageInfoRecord, HeicHasItsCameraAndCaptureDate) {
+    QString heic;
+    QUILLET_SAMPLE_OR_SKIP(heic, "IMG_5195.HEIC");
+    const KVImageInfo info = KVImageInfo::fromFile(heic, true, false).value();
+    EXPECT_EQ(info.cameraMake(), QStringLiteral("Apple"));
+    EXPECT_EQ(info.cameraModel(), QStringLiteral("iPhone 11 Pro Max"));
+    EXPECT_EQ(info.creationDate(), QDateTime(QDate(2021, 4, 11), QTime(15, 47, 53)));
+    EXPECT_GT(info.exposureTimeFloat(), 0);
+    EXPECT_GT(info.isoInt(), 0);
+    EXPECT_FALSE(KVImageInfo::fromFile(heic, false, false).has_value()) << "no record without the fallback";
+}

@@ -1,5 +1,7 @@
 #include "engine/pipeline/sourcemetadata.h"
 
+#include "metadata/pictureexif.h"
+
 #include <QFile>
 
 #include <vips/vips8>
@@ -20,15 +22,6 @@ QByteArray blob(const vips::VImage& image, const char* name) {
         return {};
     }
     return QByteArray(static_cast<const char*>(data), qsizetype(size));
-}
-
-// libvips hands EXIF over with or without the APP1 signature, by format.
-QByteArray tiffOf(QByteArray exif) {
-    if (exif.startsWith(QByteArray("Exif\0\0", 6)))
-        exif.remove(0, 6);
-    if (!exif.startsWith("II*") && !exif.startsWith(QByteArray("MM\0*", 4)))
-        return {};
-    return exif;
 }
 
 } // namespace
@@ -56,7 +49,7 @@ SourceMetadata SourceMetadata::read(const QString& path) {
         out.iccProfile = blob(image, VIPS_META_ICC_NAME);
         if (!isRgbProfile(out.iccProfile))
             out.iccProfile.clear();
-        out.exif = tiffOf(blob(image, VIPS_META_EXIF_NAME));
+        out.exif = PictureExif::fromHeader(image, loader, path);
         out.xmp = blob(image, VIPS_META_XMP_NAME);
     } catch (const vips::VError&) {
         vips_error_clear();

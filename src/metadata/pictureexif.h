@@ -1,0 +1,27 @@
+#pragma once
+
+#include "metadata/jpegcontext.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <vips/vips8>
+
+namespace quillet {
+
+// EXIF data of pictures whose EXIF is not read through the JPEG sections:
+// HEIC, PNG and WebP hand it over through libvips, TIFF through its own
+// directories (libvips's TIFF loader keeps none of it).
+class PictureExif {
+  public:
+    // The TIFF structure of the EXIF data (without "Exif\0\0") of the picture
+    // at `path`, whose header libvips read into `header` with `loader`; empty
+    // when it has none.
+    static QByteArray fromHeader(const vips::VImage& header, const char* loader, const QString& path);
+
+    // Decodes such a structure into ctx.Info through the EXIF parser, as if it
+    // stood in a JPEG's APP1 segment. Only the EXIF fields are touched.
+    static void parse(JpegContext& ctx, const QByteArray& tiff);
+};
+
+} // namespace quillet
