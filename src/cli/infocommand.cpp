@@ -1,6 +1,7 @@
 #include "cli/commands.h"
 #include "metadata/jpegcontext.h"
 #include "metadata/kvimageinfo.h"
+#include "metadata/metadatanotes.h"
 
 #include <QByteArray>
 #include <QString>
@@ -164,13 +165,18 @@ int runInfo(const QStringList& args) {
         return 2;
     }
 
-    // The reader's own notes ("Not JPEG (or bad one)") go to stderr, so that
-    // stdout holds only records.
+    // Anything the reader prints goes to stderr, so that stdout holds only
+    // records; its notes are kept per file and only damage is shown.
     setMetadataMessageStreams(stderr, stderr);
     int status = 0;
     bool first = true;
     for (const QString& file : files) {
-        const std::optional<KVImageInfo> info = KVImageInfo::fromFile(file, true, false);
+        MetadataNotes notes;
+        const std::optional<KVImageInfo> info = KVImageInfo::fromFile(file, true, false, &notes);
+        for (const MetadataNotes::Note& note : notes.notes())
+            if (note.damage)
+                std::fprintf(stderr, "quillet info: '%s': %s\n", qPrintable(file),
+                             qPrintable(note.text.trimmed()));
         if (!info) {
             std::fprintf(stderr, "quillet info: '%s' gives no image record (not a picture, or unreadable)\n",
                          qPrintable(file));

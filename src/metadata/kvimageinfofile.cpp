@@ -97,6 +97,8 @@ void extractFromHeaderExif(const vips::VImage& header, const QString& path, KVIm
     ctx.Info.MeteringMode = -1;
     PictureExif::parse(ctx, exif);
     extractExifFields(ctx.Info, data);
+    if (ctx.Info.Orientation >= 1 && ctx.Info.Orientation <= 8)
+        data.orientation = ctx.Info.Orientation;
 }
 
 // Any picture libvips can open: its pixel size from the header alone, and
