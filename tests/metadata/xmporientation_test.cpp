@@ -12,6 +12,10 @@ struct Case {
     QByteArray expected; // the packet itself when nothing is to change
 };
 
+void PrintTo(const Case& c, std::ostream* os) {
+    *os << c.name;
+}
+
 class XmpOrientationTest : public ::testing::TestWithParam<Case> {};
 
 const QByteArray Rdf("<rdf:Description rdf:about='' xmlns:tiff='http://ns.adobe.com/tiff/1.0/'");
