@@ -5,6 +5,8 @@
 #include "metadata/kvimageinfo.h"
 #include "metadata/metadatanotes.h"
 #include "metadata/orientationtag.h"
+#include "metadata/xmporientation.h"
+#include "metadata/xmpsegments.h"
 #include "support/activitylog.h"
 #include "support/filesystem.h"
 
@@ -148,7 +150,7 @@ FileRotation::Outcome FileRotation::rotate(const QString& path, int degrees, boo
         failure = QStringLiteral("'%1' is not a JPEG\n");
     else if (KVImageInfo::copyInfoFromPath(source, path, m_fileSystem, &notes) != 1)
         failure = QStringLiteral("Unable to copy the EXIF data into '%1'\n");
-    else if (!restoreSegments(source, path))
+    else if (!restoreSegments(source, path, automatic))
         failure = QStringLiteral("Unable to copy the metadata into '%1'\n");
     else if (automatic && writeExifOrientation(native(path).constData(), 1, m_fileSystem) == 0)
         failure = QStringLiteral("Unable to reset the orientation of '%1'\n");
@@ -170,7 +172,7 @@ FileRotation::Outcome FileRotation::rotate(const QString& path, int degrees, boo
     return Outcome::Rotated;
 }
 
-bool FileRotation::restoreSegments(const QString& original, const QString& path) {
+bool FileRotation::restoreSegments(const QString& original, const QString& path, bool uprightXmp) {
     // The EXIF copy leaves out the original's JFIF segment and any APP1 other
     // than EXIF (its XMP); they go back in, byte for byte, where they stood
     // relative to the EXIF block.
@@ -200,6 +202,12 @@ bool FileRotation::restoreSegments(const QString& original, const QString& path)
             changed = true;
         }
     }
+    // The EXIF orientation is set to 1 next; a viewer that reads the XMP
+    // would otherwise turn the picture once more.
+    if (uprightXmp)
+        for (JpegSegmentList::Segment& segment : turned->segments())
+            if (XmpSegments::isMain(segment))
+                changed = XmpOrientation::resetToUpright(segment.payload) || changed;
     return !changed || m_fileSystem.writeAtomically(path, turned->toBytes());
 }
 

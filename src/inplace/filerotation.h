@@ -54,8 +54,8 @@ class FileRotation {
     // blocks had to go. Returns the tool's status, -1 when it did not run.
     int turn(const QString& path, const QString& source, const QStringList& transform, bool& trimmed);
     // Puts back the metadata segments of `original` that the EXIF copy left
-    // out of `path`.
-    bool restoreSegments(const QString& original, const QString& path);
+    // out of `path`; with `uprightXmp` the XMP's orientation becomes 1.
+    bool restoreSegments(const QString& original, const QString& path, bool uprightXmp);
     void putBack(const QString& path, const QString& source, const QString& marker);
     Outcome fail(const QString& format, const QString& name);
 

@@ -6,6 +6,7 @@ namespace quillet {
 
 const QByteArray JpegSegmentList::ExifSignature("Exif\0\0", 6);
 const QByteArray JpegSegmentList::XmpSignature("http://ns.adobe.com/xap/1.0/\0", 29);
+const QByteArray JpegSegmentList::XmpExtensionSignature("http://ns.adobe.com/xmp/extension/\0", 35);
 const QByteArray JpegSegmentList::IccSignature("ICC_PROFILE\0", 12);
 
 namespace {

@@ -21,7 +21,9 @@ class JpegSegmentList {
     static constexpr qsizetype MaxPayload = 65533;
     static const QByteArray ExifSignature; // "Exif\0\0"
     static const QByteArray XmpSignature;  // "http://ns.adobe.com/xap/1.0/\0"
-    static const QByteArray IccSignature;  // "ICC_PROFILE\0"
+    // "http://ns.adobe.com/xmp/extension/\0", the pieces of an Extended XMP
+    static const QByteArray XmpExtensionSignature;
+    static const QByteArray IccSignature; // "ICC_PROFILE\0"
 
     // None when the bytes are not a JPEG whose header can be walked to its SOS.
     static std::optional<JpegSegmentList> parse(const QByteArray& bytes);

@@ -159,6 +159,50 @@ TEST_F(FileRotationTest, ProfileAndXmpComeThroughByteForByte) {
     EXPECT_EQ(warnings.size(), 1);
 }
 
+// The APPn segments of a file, in order, each as its marker and payload.
+QList<QByteArray> appSegments(const QByteArray& jpeg) {
+    const JpegSegmentList list = JpegSegmentList::parse(jpeg).value();
+    QList<QByteArray> out;
+    for (const JpegSegmentList::Segment& segment : list.segments())
+        if (segment.marker >= 0xE0 && segment.marker <= 0xEF)
+            out.append(char(segment.marker) + segment.payload);
+    return out;
+}
+
+TEST_F(FileRotationTest, XmpOrientationFollowsTheExifOneOnlyInAnAutomaticTurn) {
+    for (const bool asElement : {false, true}) {
+        const auto xmp = [asElement](char value) {
+            const QByteArray digit(1, value);
+            return xmpSegment(xmpPacket(asElement ? "><tiff:Orientation>" + digit + "</tiff:Orientation>"
+                                                  : "tiff:Orientation=\"" + digit + "\">"));
+        };
+        const QString automatic = put(u"auto.jpg"_s, markedJpeg(6, true, xmp('6')));
+        ASSERT_EQ(rotation.rotate(automatic, 0, false), Outcome::Rotated);
+        // Nothing else of the metadata changes: the JFIF segment, the EXIF
+        // block but for its orientation, the XMP but for one digit.
+        EXPECT_EQ(appSegments(readFile(automatic)), appSegments(markedJpeg(1, true, xmp('1'))));
+
+        const QString turned = put(u"turned.jpg"_s, markedJpeg(6, true, xmp('6')));
+        ASSERT_EQ(rotation.rotate(turned, 90, false), Outcome::Rotated);
+        EXPECT_EQ(appSegments(readFile(turned)), appSegments(markedJpeg(6, true, xmp('6'))));
+    }
+}
+
+TEST_F(FileRotationTest, ExtendedXmpAndStalePiecesStayInPlaceByteForByte) {
+    // Without an orientation in it the XMP has nothing to change, even in an
+    // automatic turn; a rotation keeps every segment, the stale piece too.
+    const QByteArray guid("0123456789ABCDEF0123456789ABCDEF");
+    const QByteArray xmp = xmpSegment(xmpPacket("xmpNote:HasExtendedXMP=\"" + guid + "\">")) +
+                           xmpExtension(guid, 120000, 0, QByteArray(60000, 'a')) +
+                           xmpExtension("FEDCBA9876543210FEDCBA9876543210", 5, 0, "stale") +
+                           xmpExtension(guid, 120000, 60000, QByteArray(60000, 'b'));
+    const QString path = put(u"deep.jpg"_s, markedJpeg(8, true, xmp));
+    ASSERT_EQ(rotation.rotate(path, 0, false), Outcome::Rotated);
+    EXPECT_EQ(appSegments(readFile(path)), appSegments(markedJpeg(1, true, xmp)));
+    ASSERT_EQ(rotation.rotate(path, 180, true), Outcome::Rotated);
+    EXPECT_EQ(appSegments(readFile(path)), appSegments(markedJpeg(1, true, xmp)));
+}
+
 TEST_F(FileRotationTest, ReadOnlyFilesAndFoldersAreLeftAlone) {
     const QByteArray original = markedJpeg(6);
     const QString locked = put(u"locked.jpg"_s, original);

@@ -27,10 +27,42 @@ inline QByteArray exifSegment(int orientation) {
     return QByteArray("\xFF\xE1", 2) + char(length >> 8) + char(length) + QByteArray("Exif\0\0", 6) + tiff;
 }
 
+// One marker segment: marker, length, payload.
+inline QByteArray segment(quint8 marker, const QByteArray& payload) {
+    const int length = int(payload.size()) + 2;
+    return QByteArray(1, '\xFF') + char(marker) + char(length >> 8) + char(length) + payload;
+}
+
+// An XMP packet whose one rdf:Description holds `properties` (attributes
+// first, then elements, as in "a=\"1\">\n<b>2</b>").
+inline QByteArray xmpPacket(const QByteArray& properties) {
+    return "<?xpacket begin='\xEF\xBB\xBF' id='W5M0MpCehiHzreSzNTczkc9d'?>\n"
+           "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
+           "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>\n"
+           "<rdf:Description rdf:about='' xmlns:tiff='http://ns.adobe.com/tiff/1.0/'\n"
+           " xmlns:xmpNote='http://ns.adobe.com/xmp/note/'\n " +
+           properties + "\n</rdf:Description></rdf:RDF></x:xmpmeta>\n" + QByteArray(200, ' ') +
+           "\n<?xpacket end='w'?>";
+}
+
+// The APP1 segment of a main XMP packet.
+inline QByteArray xmpSegment(const QByteArray& packet) {
+    return segment(0xE1, QByteArray("http://ns.adobe.com/xap/1.0/\0", 29) + packet);
+}
+
+// One APP1 piece of an Extended XMP: GUID, full length, offset, the piece.
+inline QByteArray xmpExtension(const QByteArray& guid, quint32 fullLength, quint32 offset,
+                               const QByteArray& piece) {
+    QByteArray lengths;
+    QDataStream(&lengths, QIODevice::WriteOnly) << fullLength << offset; // big-endian
+    return segment(0xE1, QByteArray("http://ns.adobe.com/xmp/extension/\0", 35) + guid + lengths + piece);
+}
+
 // 64 x 48, blue with a red 16 x 16 corner top left: every quarter turn moves
 // the corner, and whole blocks let jpegtran turn every pixel. orientation -1
-// gives no EXIF at all; jfifFirst puts a JFIF segment in front of the EXIF.
-inline QByteArray markedJpeg(int orientation, bool jfifFirst = false) {
+// gives no EXIF at all; jfifFirst puts a JFIF segment in front of the EXIF;
+// `more` (whole segments) follows the EXIF.
+inline QByteArray markedJpeg(int orientation, bool jfifFirst = false, const QByteArray& more = {}) {
     const auto rgb = [](int w, int h, int r, int b) {
         return testsupport::solidImage(w, h, r, 0, b).extract_band(0, vips::VImage::option()->set("n", 3));
     };
@@ -42,7 +74,7 @@ inline QByteArray markedJpeg(int orientation, bool jfifFirst = false) {
     g_free(data);
     const QByteArray jfif("\xFF\xE0\x00\x10JFIF\x00\x01\x01\x00\x00\x01\x00\x01\x00\x00", 18);
     const QByteArray exif = orientation < 0 ? QByteArray() : exifSegment(orientation);
-    return encoded.left(2) + (jfifFirst ? jfif + exif : exif) + encoded.mid(2);
+    return encoded.left(2) + (jfifFirst ? jfif + exif : exif) + more + encoded.mid(2);
 }
 
 // Decoded from memory: libvips caches loads by file name, and these files

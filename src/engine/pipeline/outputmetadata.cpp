@@ -3,6 +3,8 @@
 #include "metadata/exifeditor.h"
 #include "metadata/jpegsegmentlist.h"
 #include "metadata/kvimageinfo.h"
+#include "metadata/xmporientation.h"
+#include "metadata/xmpsegments.h"
 
 #include <QFile>
 
@@ -45,6 +47,23 @@ bool editExif(JpegSegmentList::Segment& segment, int dpi, bool resetOrientation)
     return true;
 }
 
+// The XMP segments an output takes. libvips hands over the main packet alone,
+// so a JPEG input's come from its own segments, with the Extended XMP that
+// belongs to the packet.
+QList<JpegSegmentList::Segment> xmpSegments(const QString& source, const SourceMetadata& metadata) {
+    if (metadata.isJpeg) {
+        QFile file(source);
+        const std::optional<JpegSegmentList> list =
+            file.open(QIODevice::ReadOnly) ? JpegSegmentList::parse(file.readAll()) : std::nullopt;
+        if (list)
+            return XmpSegments::of(*list);
+    }
+    const QByteArray payload = JpegSegmentList::XmpSignature + metadata.xmp;
+    if (metadata.xmp.isEmpty() || payload.size() > JpegSegmentList::MaxPayload)
+        return {};
+    return {{App1, payload}};
+}
+
 } // namespace
 
 QByteArray withResolution(const QByteArray& jpeg, int resolution, bool resetOrientation) {
@@ -57,6 +76,9 @@ QByteArray withResolution(const QByteArray& jpeg, int resolution, bool resetOrie
         changed = setJfifDensity(segment, dpi) || changed;
         if (segment.marker == App1 && segment.payload.startsWith(JpegSegmentList::ExifSignature))
             changed = editExif(segment, dpi, resetOrientation) || changed;
+        // Viewers that read XMP would turn the picture again by its own copy.
+        if (resetOrientation && XmpSegments::isMain(segment))
+            changed = XmpOrientation::resetToUpright(segment.payload) || changed;
     }
     return changed ? list->toBytes() : jpeg;
 }
@@ -83,10 +105,10 @@ int preserve(const QString& source, const SourceMetadata& metadata, const QStrin
             copied = 1;
         }
     }
-    if (!metadata.xmp.isEmpty() && list->find(App1, JpegSegmentList::XmpSignature) < 0) {
-        const QByteArray payload = JpegSegmentList::XmpSignature + metadata.xmp;
-        if (payload.size() <= JpegSegmentList::MaxPayload)
-            list->segments().insert(list->metadataInsertPoint(), {App1, payload});
+    if (list->find(App1, JpegSegmentList::XmpSignature) < 0) {
+        qsizetype at = list->metadataInsertPoint();
+        for (const JpegSegmentList::Segment& segment : xmpSegments(source, metadata))
+            list->segments().insert(at++, segment);
     }
     const QByteArray after =
         withResolution(list->toBytes(), resolution, uprightPixels || metadata.decodedUpright);

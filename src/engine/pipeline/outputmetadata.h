@@ -13,17 +13,17 @@ class MetadataNotes;
 namespace OutputMetadata {
 
 // Gives the JPEG at `output` the EXIF of `source` (through the JPEG transfer
-// for a JPEG input, from `metadata` for any other format) and its XMP, and
-// makes every resolution the file records say `resolution` dpi. With
-// `uprightPixels` (turned by the batch or by the decoder) the copied
-// orientation becomes 1. Returns 1 when EXIF was written into the output, as
-// the JPEG transfer does.
+// for a JPEG input, from `metadata` for any other format) and its XMP (a JPEG
+// input's Extended XMP too), and makes every resolution the file records say
+// `resolution` dpi. With `uprightPixels` (turned by the batch or by the
+// decoder) the copied orientation becomes 1, in the EXIF and in the XMP.
+// Returns 1 when EXIF was written into the output, as the JPEG transfer does.
 int preserve(const QString& source, const SourceMetadata& metadata, const QString& output, int resolution,
              bool uprightPixels, FileSystem& fileSystem, MetadataNotes* notes);
 
 // The bytes with the JFIF and EXIF resolutions set to `resolution` dpi, and
-// the EXIF orientation reset to 1 when `resetOrientation` asks; the bytes
-// as they were when nothing needed changing.
+// the EXIF and XMP orientations reset to 1 when `resetOrientation` asks; the
+// bytes as they were when nothing needed changing.
 QByteArray withResolution(const QByteArray& jpeg, int resolution, bool resetOrientation);
 
 } // namespace OutputMetadata

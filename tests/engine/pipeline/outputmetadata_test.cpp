@@ -3,6 +3,7 @@
 
 #include "engine/pipeline/outputmetadata.h"
 #include "engine/pipeline/sourcemetadata.h"
+#include "metadata/jpegsegmentlist.h"
 #include "metadata/kvimageinfo.h"
 #include "metadata/orientationtag.h"
 #include "orientationset.h"
@@ -125,6 +126,75 @@ TEST_F(PhotoBatchTest, ARunOverTheSamplesPrintsOnlyItsProgress) {
     for (const QString& line : err.split(u'\n', Qt::SkipEmptyParts))
         EXPECT_TRUE(progress.match(line).hasMatch()) << line.toStdString();
     EXPECT_FALSE(out.contains(u"Damaged metadata"_s)) << out.toStdString();
+}
+
+// The XMP segments of a JPEG file (main packet and extensions), in file order.
+QList<QByteArray> xmpPayloads(const QString& path) {
+    const JpegSegmentList list = JpegSegmentList::parse(testsupport::readFile(path)).value();
+    QList<QByteArray> out;
+    for (const JpegSegmentList::Segment& segment : list.segments())
+        if (segment.marker == 0xE1 && segment.payload.startsWith("http://ns.adobe.com/x"))
+            out.append(segment.payload);
+    return out;
+}
+
+TEST_F(PhotoBatchTest, ExtendedXmpGoesAcrossWholeAndInOrder) {
+    using namespace jpegfixtures;
+    // Two pieces near the segment limit, as depth maps and Lightroom edits
+    // are split; a stale piece of an earlier edit between them.
+    const QByteArray guid("0123456789ABCDEF0123456789ABCDEF"), stale("FEDCBA9876543210FEDCBA9876543210");
+    const QByteArray main = xmpSegment(xmpPacket("xmpNote:HasExtendedXMP=\"" + guid + "\">"));
+    const QByteArray first = xmpExtension(guid, 120000, 0, QByteArray(60000, 'a'));
+    const QByteArray second = xmpExtension(guid, 120000, 60000, QByteArray(60000, 'b'));
+    const QByteArray other = xmpExtension(stale, 5, 0, "stale");
+    QDir().mkpath(in());
+    ASSERT_TRUE(
+        testsupport::writeFile(in() + u"/deep.jpg"_s, markedJpeg(1, true, main + first + other + second)));
+    ASSERT_EQ(run({u"--keep-exif"_s, u"--dest"_s, dir->path() + u"/out"_s, in()}), 0) << err.toStdString();
+    EXPECT_EQ(xmpPayloads(output(u"deep.jpg"_s)),
+              (QList<QByteArray>{main.mid(4), first.mid(4), second.mid(4)}));
+}
+
+TEST_F(PhotoBatchTest, AnAutomaticTurnSetsTheXmpOrientationUprightWithTheExifOne) {
+    using namespace jpegfixtures;
+    const auto attribute = [](char value) {
+        return xmpPacket("tiff:Orientation=\"" + QByteArray(1, value) + "\">");
+    };
+    const auto element = [](char value) {
+        return xmpPacket("><tiff:Orientation>" + QByteArray(1, value) + "</tiff:Orientation>");
+    };
+    QDir().mkpath(in());
+    ASSERT_TRUE(
+        testsupport::writeFile(in() + u"/attribute.jpg"_s, markedJpeg(6, false, xmpSegment(attribute('6')))));
+    ASSERT_TRUE(
+        testsupport::writeFile(in() + u"/element.jpg"_s, markedJpeg(6, false, xmpSegment(element('6')))));
+    for (const bool turn : {true, false}) {
+        ASSERT_EQ(run({u"--rotate"_s, turn ? u"auto"_s : u"none"_s, u"--keep-exif"_s, u"--dest"_s,
+                       dir->path() + u"/out"_s, in()}),
+                  0)
+            << err.toStdString();
+        const char expected = turn ? '1' : '6';
+        for (const auto& [name, packet] : {std::pair(u"attribute.jpg"_s, attribute(expected)),
+                                           std::pair(u"element.jpg"_s, element(expected))}) {
+            const QString written = output(name);
+            EXPECT_EQ(xmpPayloads(written), QList<QByteArray>{JpegSegmentList::XmpSignature + packet})
+                << name.toStdString() << (turn ? " turned" : " as it was");
+            EXPECT_EQ(readExifOrientation(QFile::encodeName(written).constData()), expected - '0');
+            EXPECT_EQ(jpegfixtures::decode(written).width(), turn ? 48 : 64);
+        }
+    }
+}
+
+TEST_F(PhotoBatchTest, RealXmpGoesAcrossByteForByte) {
+    QString sample;
+    QUILLET_SAMPLE_OR_SKIP(sample, "xmp-BlueSquare.jpg"); // upright: nothing to reset
+    ASSERT_EQ(convert({u"xmp-BlueSquare.jpg"_s},
+                      {u"--rotate"_s, u"auto"_s, u"--keep-exif"_s, u"--width"_s, u"100"_s}),
+              0)
+        << err.toStdString();
+    const QList<QByteArray> xmp = xmpPayloads(sample);
+    ASSERT_EQ(xmp.size(), 1);
+    EXPECT_EQ(xmpPayloads(output(u"xmp-BlueSquare.jpg"_s)), xmp);
 }
 
 // Resolution and orientation in a JPEG's own metadata, on bytes made here.
