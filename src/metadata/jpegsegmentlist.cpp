@@ -1,5 +1,7 @@
 #include "metadata/jpegsegmentlist.h"
 
+#include <QFile>
+
 #include <map>
 
 namespace quillet {
@@ -45,6 +47,39 @@ std::optional<JpegSegmentList> JpegSegmentList::parse(const QByteArray& bytes) {
             return std::nullopt;
         list.m_segments.append({marker, bytes.mid(pos + 2, length - 2)});
         pos += length;
+    }
+}
+
+std::optional<JpegSegmentList> JpegSegmentList::readHeader(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    QByteArray header = file.read(2);
+    // Marker by marker: 0xFF and any fill bytes, the marker, then its length
+    // and payload. parse() judges what was read.
+    for (;;) {
+        char c = 0;
+        if (!file.getChar(&c) || quint8(c) != 0xFF)
+            return std::nullopt;
+        header += c;
+        while (quint8(c) == 0xFF) {
+            if (!file.getChar(&c))
+                return std::nullopt;
+            header += c;
+        }
+        if (quint8(c) == Sos)
+            return parse(header + file.read(2));
+        const QByteArray length = file.read(2);
+        if (length.size() != 2)
+            return std::nullopt;
+        header += length;
+        const qsizetype size = at(length, 0) << 8 | at(length, 1);
+        if (size < 2)
+            return std::nullopt;
+        const QByteArray payload = file.read(size - 2);
+        if (payload.size() != size - 2)
+            return std::nullopt;
+        header += payload;
     }
 }
 

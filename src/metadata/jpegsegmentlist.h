@@ -27,6 +27,9 @@ class JpegSegmentList {
 
     // None when the bytes are not a JPEG whose header can be walked to its SOS.
     static std::optional<JpegSegmentList> parse(const QByteArray& bytes);
+    // The header segments of the JPEG file at `path`, read up to its SOS and
+    // no further (the rest of the list is then only the SOS marker).
+    static std::optional<JpegSegmentList> readHeader(const QString& path);
     QByteArray toBytes() const;
 
     QList<Segment>& segments() { return m_segments; }

@@ -2,6 +2,8 @@
 
 #include "inplace/jpegfixtures.h"
 
+#include <QTemporaryDir>
+
 #include <gtest/gtest.h>
 
 using namespace quillet;
@@ -50,3 +52,26 @@ TEST(XmpSegments, TheMainPacketTakesOnlyTheExtensionItNames) {
 }
 
 } // namespace
+
+TEST(XmpSegments, AHeaderReadFromTheFileHoldsTheSegmentsOfTheWholeFile) {
+    QString path;
+    QUILLET_SAMPLE_OR_SKIP(path, "xmp-BlueSquare.jpg");
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const std::optional<JpegSegmentList> whole = JpegSegmentList::parse(file.readAll());
+    const std::optional<JpegSegmentList> header = JpegSegmentList::readHeader(path);
+    ASSERT_TRUE(whole && header);
+    ASSERT_EQ(header->segments().size(), whole->segments().size());
+    for (qsizetype i = 0; i < whole->segments().size(); ++i) {
+        EXPECT_EQ(header->segments()[i].marker, whole->segments()[i].marker);
+        EXPECT_EQ(header->segments()[i].payload, whole->segments()[i].payload);
+    }
+    EXPECT_EQ(XmpSegments::of(*header).size(), 1);
+
+    // A header cut short, or a file that is no JPEG, gives nothing.
+    QTemporaryDir dir;
+    const QString cut = dir.filePath(QStringLiteral("cut.jpg"));
+    testsupport::writeFile(cut, whole->toBytes().left(200));
+    EXPECT_FALSE(JpegSegmentList::readHeader(cut));
+    EXPECT_FALSE(JpegSegmentList::readHeader(dir.filePath(QStringLiteral("missing.jpg"))));
+}

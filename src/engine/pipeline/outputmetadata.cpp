@@ -52,10 +52,7 @@ bool editExif(JpegSegmentList::Segment& segment, int dpi, bool resetOrientation)
 // belongs to the packet.
 QList<JpegSegmentList::Segment> xmpSegments(const QString& source, const SourceMetadata& metadata) {
     if (metadata.isJpeg) {
-        QFile file(source);
-        const std::optional<JpegSegmentList> list =
-            file.open(QIODevice::ReadOnly) ? JpegSegmentList::parse(file.readAll()) : std::nullopt;
-        if (list)
+        if (const std::optional<JpegSegmentList> list = JpegSegmentList::readHeader(source))
             return XmpSegments::of(*list);
     }
     const QByteArray payload = JpegSegmentList::XmpSignature + metadata.xmp;
