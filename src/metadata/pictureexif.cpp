@@ -21,22 +21,10 @@ QByteArray tiffOf(QByteArray exif) {
     return exif;
 }
 
-QByteArray exifBlob(const vips::VImage& image) {
-    if (!vips_image_get_typeof(image.get_image(), VIPS_META_EXIF_NAME))
-        return {};
-    const void* data = nullptr;
-    size_t size = 0;
-    if (vips_image_get_blob(image.get_image(), VIPS_META_EXIF_NAME, &data, &size) != 0) {
-        vips_error_clear();
-        return {};
-    }
-    return QByteArray(static_cast<const char*>(data), qsizetype(size));
-}
-
 } // namespace
 
 QByteArray PictureExif::fromHeader(const vips::VImage& header, const char* loader, const QString& path) {
-    QByteArray exif = tiffOf(exifBlob(header));
+    QByteArray exif = tiffOf(headerBlob(header, VIPS_META_EXIF_NAME));
     if (exif.isEmpty() && loader && std::strcmp(loader, "VipsForeignLoadTiffFile") == 0)
         exif = TiffExifBlock::fromFile(path);
     return exif;
@@ -60,6 +48,18 @@ void PictureExif::parse(JpegContext& ctx, const QByteArray& tiff) {
     ctx.DirWithThumbnailPtrs = nullptr;
     ctx.DirWithThumbnailLimit = nullptr;
     ctx.BlockStart = ctx.BlockLimit = nullptr;
+}
+
+QByteArray PictureExif::headerBlob(const vips::VImage& header, const char* name) {
+    if (!vips_image_get_typeof(header.get_image(), name))
+        return {};
+    const void* data = nullptr;
+    size_t size = 0;
+    if (vips_image_get_blob(header.get_image(), name, &data, &size) != 0) {
+        vips_error_clear();
+        return {};
+    }
+    return QByteArray(static_cast<const char*>(data), qsizetype(size));
 }
 
 } // namespace quillet

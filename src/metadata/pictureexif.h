@@ -22,6 +22,10 @@ class PictureExif {
     // Decodes such a structure into ctx.Info through the EXIF parser, as if it
     // stood in a JPEG's APP1 segment. Only the EXIF fields are touched.
     static void parse(JpegContext& ctx, const QByteArray& tiff);
+
+    // A binary field of a libvips header ("exif-data", "icc-profile-data",
+    // "xmp-data"); empty when it is absent or unreadable.
+    static QByteArray headerBlob(const vips::VImage& header, const char* name);
 };
 
 } // namespace quillet

@@ -10,22 +10,6 @@
 
 namespace quillet {
 
-namespace {
-
-QByteArray blob(const vips::VImage& image, const char* name) {
-    if (!vips_image_get_typeof(image.get_image(), name))
-        return {};
-    const void* data = nullptr;
-    size_t size = 0;
-    if (vips_image_get_blob(image.get_image(), name, &data, &size) != 0) {
-        vips_error_clear();
-        return {};
-    }
-    return QByteArray(static_cast<const char*>(data), qsizetype(size));
-}
-
-} // namespace
-
 SourceMetadata SourceMetadata::read(const QString& path) {
     SourceMetadata out;
     const QByteArray native = QFile::encodeName(path);
@@ -46,11 +30,11 @@ SourceMetadata SourceMetadata::read(const QString& path) {
         if (!out.isJpeg && !out.decodedUpright &&
             vips_image_get_typeof(image.get_image(), VIPS_META_ORIENTATION))
             out.orientation = image.get_int(VIPS_META_ORIENTATION);
-        out.iccProfile = blob(image, VIPS_META_ICC_NAME);
+        out.iccProfile = PictureExif::headerBlob(image, VIPS_META_ICC_NAME);
         if (!isRgbProfile(out.iccProfile))
             out.iccProfile.clear();
         out.exif = PictureExif::fromHeader(image, loader, path);
-        out.xmp = blob(image, VIPS_META_XMP_NAME);
+        out.xmp = PictureExif::headerBlob(image, VIPS_META_XMP_NAME);
     } catch (const vips::VError&) {
         vips_error_clear();
     }
