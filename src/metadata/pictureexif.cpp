@@ -1,6 +1,7 @@
 #include "metadata/pictureexif.h"
 
 #include "metadata/exifparser.h"
+#include "metadata/pngexifchunk.h"
 #include "metadata/tiffexifblock.h"
 
 #include <cstring>
@@ -27,6 +28,8 @@ QByteArray PictureExif::fromHeader(const vips::VImage& header, const char* loade
     QByteArray exif = tiffOf(headerBlob(header, VIPS_META_EXIF_NAME));
     if (exif.isEmpty() && loader && std::strcmp(loader, "VipsForeignLoadTiffFile") == 0)
         exif = TiffExifBlock::fromFile(path);
+    if (exif.isEmpty() && loader && std::strcmp(loader, "VipsForeignLoadPngFile") == 0)
+        exif = tiffOf(PngExifChunk::fromFile(path));
     return exif;
 }
 

@@ -11,7 +11,8 @@ namespace quillet {
 
 // EXIF data of pictures whose EXIF is not read through the JPEG sections:
 // HEIC, PNG and WebP hand it over through libvips, TIFF through its own
-// directories (libvips's TIFF loader keeps none of it).
+// directories (libvips's TIFF loader keeps none of it), and a PNG whose eXIf
+// chunk follows its pixel data, which libvips passes over, through the chunk.
 class PictureExif {
   public:
     // The TIFF structure of the EXIF data (without "Exif\0\0") of the picture
