@@ -5,8 +5,8 @@
 //
 //   build/release/quillet-logview-bench [--files N] [--rate FILES_PER_S] [--naive]
 
-#include "app/activitylogmodel.h"
-#include "app/activitylogwindow.h"
+#include "app/models/activitylogmodel.h"
+#include "app/widgets/log/activitylogwindow.h"
 #include "settings/userdefaults.h"
 
 #include <QApplication>

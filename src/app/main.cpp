@@ -1,8 +1,9 @@
-#include "app/appcontroller.h"
-#include "app/desktopservices.h"
-#include "app/mainwindow.h"
-#include "app/settingspanel.h"
-#include "app/sheets.h"
+#include "app/models/appcontroller.h"
+#include "app/models/appmodels.h"
+#include "app/models/desktopservices.h"
+#include "app/widgets/main/mainwindow.h"
+#include "app/widgets/settings/settingspanel.h"
+#include "app/widgets/sheets/sheets.h"
 #include "engine/batch/batchenvironment.h"
 #include "support/settingsstore.h"
 
@@ -108,16 +109,17 @@ int main(int argc, char* argv[]) {
     int status = 0;
     {
         Sheets sheets;
-        AppController controller(sheets, DesktopServices::standard());
-        BatchEnvironment::prepare(BatchOptions::fromDefaults(controller.defaults()));
+        AppModels models;
+        AppController controller(models, sheets, DesktopServices::standard());
+        BatchEnvironment::prepare(BatchOptions::fromDefaults(models.defaults()));
         if (dark)
             useDarkPalette(app);
-        MainWindow window(controller);
+        MainWindow window(controller, models, sheets);
         window.show();
         if (panel == QLatin1String("watermarks"))
             QTimer::singleShot(0, &window, [&window] { window.settingsPanel()->showWatermarks(); });
         else if (panel == QLatin1String("rename"))
-            QTimer::singleShot(0, &controller, &AppController::setupRename);
+            QTimer::singleShot(0, &window, [&window] { window.settingsPanel()->showRename(); });
         // Everything named on the command line forms one batch.
         for (const QString& path : paths)
             controller.openFile(path);

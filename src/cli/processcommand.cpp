@@ -105,7 +105,8 @@ int runProcess(const QStringList& args) {
         [&] { input.suspend(); },
     });
 
-    job.processFiles(request.paths, request.params, request.dest, request.creator, request.options);
+    job.processFiles(request.paths, ProcessingRequest::fromRecord(request.params), request.dest,
+                     request.creator, request.options);
     job.waitForFinished();
     return shell.processed() == shell.total() && !shell.hadError() ? 0 : 1;
 }

@@ -73,37 +73,4 @@ std::optional<RgbaColor> ProcessingParams::colorValue(const QString& key) const 
     return RgbaColor::fromVariant(m_values.value(key));
 }
 
-qint64 ProcessingParams::sizeLimitBytes() const {
-    if (!boolValue(QString::fromLatin1(ParamKey::HasFizeLimit)))
-        return 0;
-    return qint64(sizeLimitField()) * 1024;
-}
-
-int ProcessingParams::sizeLimitField() const {
-    const int kb = intValue(QString::fromLatin1(ParamKey::SizeLimit));
-    return kb == 0 ? 100 : kb;
-}
-
-int ProcessingParams::resolution() const {
-    const int dpi = intValue(QString::fromLatin1(ParamKey::Resolution));
-    return dpi < 1 ? 72 : dpi;
-}
-
-RgbaColor ProcessingParams::textBackgroundColor() const {
-    if (auto c = colorValue(QString::fromLatin1(ParamKey::DynWatermarkBackgroundColor)))
-        return *c;
-    return RgbaColor::white(intValue(QString::fromLatin1(ParamKey::DynWatermarkBackgroundOpacity)) / 100.0);
-}
-
-RgbaColor ProcessingParams::backgroundColor() const {
-    return colorValue(QString::fromLatin1(ParamKey::BackgroundColor)).value_or(RgbaColor::white());
-}
-
-std::optional<RgbaColor> ProcessingParams::canvasBackground() const {
-    if (intValue(QString::fromLatin1(ParamKey::FileFormat)) != FileFormat::Jpeg &&
-        boolValue(QString::fromLatin1(ParamKey::PreserveTransparency)))
-        return std::nullopt;
-    return backgroundColor();
-}
-
 } // namespace quillet

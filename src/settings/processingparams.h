@@ -86,9 +86,10 @@ enum : int {
 };
 }
 
-// The settings of one batch: a flat record of property-list values that can be
-// stored as a preset as it is. Reading follows the engine's rules: a missing or
-// mistyped key reads as 0, false, empty or no colour.
+// The stored form of a batch's settings: a flat record of property-list
+// values, kept in the settings store and in preset files as it is. A missing
+// or mistyped key reads as 0, false, empty or no colour. Everything else works
+// on its typed form, ProcessingRequest.
 class ProcessingParams {
   public:
     ProcessingParams() = default;
@@ -114,21 +115,6 @@ class ProcessingParams {
     void setIntList(const QString& key, const QList<int>& value);
     void setColor(const QString& key, const RgbaColor& value) { m_values.insert(key, value.toVariant()); }
     void remove(const QString& key) { m_values.remove(key); }
-
-    // Engine readings.
-    // Bytes; 0 when "HasFizeLimit" is off whatever "SizeLimit" holds.
-    qint64 sizeLimitBytes() const;
-    // "SizeLimit" as the limit field shows it: a stored 0 reads as 100.
-    int sizeLimitField() const;
-    // "Resolution", with values below 1 read as 72.
-    int resolution() const;
-    // "DynWatermarkBackgroundColor", else white with alpha
-    // "DynWatermarkBackgroundOpacity" / 100.
-    RgbaColor textBackgroundColor() const;
-    // "BackgroundColor", or white when the record holds none.
-    RgbaColor backgroundColor() const;
-    // The canvas fill: none when transparency is kept for a format that has it.
-    std::optional<RgbaColor> canvasBackground() const;
 
     friend bool operator==(const ProcessingParams&, const ProcessingParams&) = default;
 

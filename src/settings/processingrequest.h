@@ -27,40 +27,88 @@ struct Sizing {
     friend bool operator==(const Sizing&, const Sizing&) = default;
 };
 
-// A settings record decoded once, where a batch starts, into the values the
-// pipeline works with. The record keeps travelling for what is stored and
-// shown; the pixels follow this.
-struct ProcessingRequest {
-    struct ImageWatermark {
-        bool enabled = false; // the master switch and its own
-        QString path;
-        int location = 0;
-        int opacity = 100;
-    };
-    struct TextWatermark {
-        bool enabled = false; // the master switch, its own, and at least one field
-        QList<int> fields;
-        int size = 2;
-        int style = TextStyle::WhiteShadow;
-        RgbaColor background = RgbaColor::white(0.0);
-    };
-
-    int rotation = Rotation::None;
-    Sizing sizing;
-    // The canvas fill; none when transparency is kept for PNG or TIFF.
-    std::optional<RgbaColor> background;
+// The output file: format and its options.
+struct OutputSettings {
     int format = FileFormat::Jpeg;
-    int resolution = 72; // dpi, values below 1 already read as 72
+    int resolution = 72; // dpi as the record holds it; see dpi()
     int jpegQuality = 80;
-    qint64 sizeLimitBytes = 0; // 0: no limit
-    // Copy the source's EXIF block into a JPEG output.
-    bool preserveHeader = false;
+    bool hasSizeLimit = false;
+    int sizeLimit = 0; // kilobytes as the record holds them; see sizeLimitBytes()
+    // Keep the source's metadata (EXIF) in a JPEG output.
+    bool preserveHeader = true;
+    bool preserveTransparency = false;
     // Convert the pixels to sRGB instead of keeping the input's colour profile.
     bool convertToSrgb = false;
-    ImageWatermark imageWatermark;
-    TextWatermark textWatermark;
+    RgbaColor background = RgbaColor::white();
 
-    static ProcessingRequest decode(const ProcessingParams& params);
+    // Values below 1 read as 72.
+    int dpi() const { return resolution < 1 ? 72 : resolution; }
+    // Bytes; 0 (no limit) while the limit is off, whatever the field holds.
+    qint64 sizeLimitBytes() const;
+    // A stored 0 reads as 100, as the limit field shows it.
+    int sizeLimitField() const { return sizeLimit == 0 ? 100 : sizeLimit; }
+    // Whether the source's metadata goes into the output: JPEG only.
+    bool keepsHeader() const { return format == FileFormat::Jpeg && preserveHeader; }
+    // The canvas fill: none when transparency is kept for a format that has it.
+    std::optional<RgbaColor> canvasBackground() const;
+
+    friend bool operator==(const OutputSettings&, const OutputSettings&) = default;
+};
+
+struct ImageWatermarkSettings {
+    bool enabled = false; // its own switch; the master switch governs it too
+    QString path;         // empty: no picture set
+    int location = 1;
+    int opacity = 100;
+
+    friend bool operator==(const ImageWatermarkSettings&, const ImageWatermarkSettings&) = default;
+};
+
+struct TextWatermarkSettings {
+    bool enabled = false; // its own switch; the master switch governs it too
+    // Field codes in the order of the field boxes, only the ticked ones.
+    QList<int> fields;
+    int size = 2;
+    int style = TextStyle::WhiteShadow;
+    RgbaColor background = RgbaColor::white(0.0);
+
+    friend bool operator==(const TextWatermarkSettings&, const TextWatermarkSettings&) = default;
+};
+
+struct WatermarkSettings {
+    bool enabled = false; // the master switch of both watermarks
+    ImageWatermarkSettings image;
+    TextWatermarkSettings text;
+
+    // The picture is asked for: both switches on (it may still be missing).
+    bool drawsImage() const { return enabled && image.enabled; }
+    // The text is drawn: both switches on and at least one field ticked.
+    bool drawsText() const { return enabled && text.enabled && !text.fields.isEmpty(); }
+
+    friend bool operator==(const WatermarkSettings&, const WatermarkSettings&) = default;
+};
+
+// The processing settings of a batch as one typed value: what the window
+// edits, what a preset applies, what the engine takes. The string-keyed
+// ProcessingParams is only its stored form (the store and the preset files),
+// made and read by toRecord() and fromRecord().
+struct ProcessingRequest {
+    QString name; // a preset's name, "" for the window's own settings
+    int rotation = Rotation::None;
+    Sizing sizing;
+    OutputSettings output;
+    WatermarkSettings watermarks;
+
+    // Reads a record as the engine and the window do: a missing or mistyped
+    // key reads as 0, false or empty; a missing "BackgroundColor" as white;
+    // a missing "DynWatermarkBackgroundColor" as white at
+    // "DynWatermarkBackgroundOpacity" percent; an unknown scale type as none.
+    static ProcessingRequest fromRecord(const ProcessingParams& record);
+    // Every record key, "WatermarkPath" only when a picture is set, the text
+    // fields in code order.
+    ProcessingParams toRecord() const;
+
+    friend bool operator==(const ProcessingRequest&, const ProcessingRequest&) = default;
 };
 
 } // namespace quillet

@@ -1,8 +1,10 @@
 #pragma once
 
-#include "app/appcontroller.h"
-#include "app/desktopservices.h"
-#include "app/sheets.h"
+#include "app/models/appcontroller.h"
+#include "app/models/appmodels.h"
+#include "app/models/desktopservices.h"
+#include "app/partedit.h"
+#include "app/widgets/sheets/sheets.h"
 #include "support/settingsstore.h"
 #include "testsupport.h"
 
@@ -70,13 +72,25 @@ class GuiTest : public ::testing::Test {
             store->setValue(QStringLiteral("Height"), 16);
             store->setValue(QStringLiteral("PreserveHeader"), false);
         }
-        controller = std::make_unique<AppController>(sheets, desktop);
+        start();
         QObject::connect(&sheets, &Sheets::sheetShown,
                          [this](const QString& title, const QString&) { asked.append(title); });
     }
     void TearDown() override {
         controller.reset();
+        models.reset();
         SettingsStore::overridePath({});
+    }
+    // Makes the models and the controller on the store, as a start does.
+    void start() {
+        models = std::make_unique<AppModels>();
+        controller = std::make_unique<AppController>(*models, sheets, desktop);
+    }
+    // Quits and starts again on the same store.
+    void restart() {
+        controller.reset();
+        models.reset();
+        start();
     }
     // Starts a batch and waits for its end; false when it did not end in time.
     bool runBatch(const QStringList& paths) {
@@ -84,8 +98,7 @@ class GuiTest : public ::testing::Test {
         return waitForIdle();
     }
     bool waitForIdle(int ms = 20000) {
-        return waitFor([this] { return !controller->job().isRunning() && !controller->isProcessing(); },
-                       ms) &&
+        return waitFor([this] { return !controller->isBatchRunning() && !controller->isProcessing(); }, ms) &&
                waitFor([] { return true; }, 50);
     }
     QString in(const QString& name = {}) const { return scratch->filePath(QStringLiteral("in/") + name); }
@@ -95,6 +108,7 @@ class GuiTest : public ::testing::Test {
     QString out = scratch->filePath(QStringLiteral("out"));
     Sheets sheets;
     RecordingDesktop desktop;
+    std::unique_ptr<AppModels> models;
     std::unique_ptr<AppController> controller;
     QStringList asked;
 };

@@ -1,4 +1,5 @@
 #include "settings/processingparams.h"
+#include "settings/processingrequest.h"
 #include "support/settingsstore.h"
 
 #include <QTemporaryDir>
@@ -48,7 +49,7 @@ TEST(ProcessingParams, DefaultsSurviveTheSettingsStoreWithTheirTypes) {
     for (const char* key : {K::PreserveHeader, K::HasFizeLimit, K::FlipRatio, K::WatermarkEnabled})
         EXPECT_EQ(back.boolValue(key), p.boolValue(key)) << key;
     EXPECT_EQ(back.intList(K::DynWatermarkFields), QList<int>({3, 0, 14}));
-    EXPECT_EQ(back.backgroundColor(), RgbaColor::white());
+    EXPECT_EQ(back.colorValue(K::BackgroundColor), RgbaColor::white());
 }
 
 TEST(ProcessingParams, MissingKeysReadAsZeroFalseAndEmpty) {
@@ -60,46 +61,90 @@ TEST(ProcessingParams, MissingKeysReadAsZeroFalseAndEmpty) {
     EXPECT_FALSE(empty.colorValue(K::BackgroundColor).has_value());
 }
 
-TEST(ProcessingParams, SizeLimitNeedsTheFlagSpelledWithAnF) {
+ProcessingRequest request(const ProcessingParams& record) {
+    return ProcessingRequest::fromRecord(record);
+}
+
+// The typed value and its stored form carry the same settings both ways: the
+// window's record reads back to the same value and writes back to the same
+// record, and a watermark without a picture writes no path.
+TEST(ProcessingRequest, RecordAndValueRoundTrip) {
+    ProcessingParams record = ProcessingParams::defaults();
+    record.setInt(K::ScaleType, ScaleType::Crop);
+    record.setInt(K::Width, 640);
+    record.setInt(K::CropAreaPercentage, 80);
+    record.setBool(K::FlipRatio, true);
+    record.setInt(K::FileFormat, FileFormat::Tiff);
+    record.setBool(K::PreserveTransparency, true);
+    record.setBool(K::ConvertToSRGB, true);
+    record.setString(K::WatermarkPath, QStringLiteral("/marks/logo.png"));
+    record.setBool(K::WatermarkEnabled, true);
+    record.setIntList(K::DynWatermarkFields, {0, 4, 9});
+    record.setColor(K::DynWatermarkBackgroundColor, RgbaColor::black(0.5));
+    const ProcessingRequest value = request(record);
+    EXPECT_EQ(value.sizing.cropAreaPercentage, 80);
+    EXPECT_EQ(value.watermarks.image.path, QStringLiteral("/marks/logo.png"));
+    EXPECT_TRUE(value.toRecord() == record);
+    EXPECT_EQ(request(value.toRecord()), value);
+
+    ProcessingRequest bare = value;
+    bare.watermarks.image.path.clear();
+    EXPECT_FALSE(bare.toRecord().contains(QLatin1String(K::WatermarkPath)));
+    // The master switch governs both watermarks; text needs a field.
+    bare.watermarks.enabled = false;
+    bare.watermarks.image.enabled = bare.watermarks.text.enabled = true;
+    EXPECT_FALSE(bare.watermarks.drawsImage());
+    EXPECT_FALSE(bare.watermarks.drawsText());
+    bare.watermarks.enabled = true;
+    EXPECT_TRUE(bare.watermarks.drawsText());
+    bare.watermarks.text.fields.clear();
+    EXPECT_FALSE(bare.watermarks.drawsText());
+    // Metadata is kept for JPEG outputs only.
+    EXPECT_FALSE(value.output.keepsHeader());
+    bare.output.format = FileFormat::Jpeg;
+    EXPECT_TRUE(bare.output.keepsHeader());
+}
+
+TEST(ProcessingRequest, SizeLimitNeedsTheFlagSpelledWithAnF) {
     ProcessingParams p;
     p.setInt(K::SizeLimit, 250);
-    EXPECT_EQ(p.sizeLimitBytes(), 0);
+    EXPECT_EQ(request(p).output.sizeLimitBytes(), 0);
     p.setBool(QStringLiteral("HasSizeLimit"), true); // the corrected spelling is not ours
-    EXPECT_EQ(p.sizeLimitBytes(), 0);
+    EXPECT_EQ(request(p).output.sizeLimitBytes(), 0);
     p.setBool(K::HasFizeLimit, true);
-    EXPECT_EQ(p.sizeLimitBytes(), 250 * 1024);
+    EXPECT_EQ(request(p).output.sizeLimitBytes(), 250 * 1024);
     p.setInt(K::SizeLimit, 0); // a stored 0 reads back as 100
-    EXPECT_EQ(p.sizeLimitField(), 100);
-    EXPECT_EQ(p.sizeLimitBytes(), 100 * 1024);
+    EXPECT_EQ(request(p).output.sizeLimitField(), 100);
+    EXPECT_EQ(request(p).output.sizeLimitBytes(), 100 * 1024);
 }
 
-TEST(ProcessingParams, ResolutionBelowOneIs72) {
+TEST(ProcessingRequest, ResolutionBelowOneIs72) {
     ProcessingParams p;
-    EXPECT_EQ(p.resolution(), 72);
+    EXPECT_EQ(request(p).output.dpi(), 72);
     p.setInt(K::Resolution, -5);
-    EXPECT_EQ(p.resolution(), 72);
+    EXPECT_EQ(request(p).output.dpi(), 72);
     p.setInt(K::Resolution, 300);
-    EXPECT_EQ(p.resolution(), 300);
+    EXPECT_EQ(request(p).output.dpi(), 300);
 }
 
-TEST(ProcessingParams, TextBackgroundFallsBackToTheOldOpacityKey) {
+TEST(ProcessingRequest, TextBackgroundFallsBackToTheOldOpacityKey) {
     ProcessingParams p;
-    EXPECT_EQ(p.textBackgroundColor(), RgbaColor::white(0.0));
+    EXPECT_EQ(request(p).watermarks.text.background, RgbaColor::white(0.0));
     p.setInt(K::DynWatermarkBackgroundOpacity, 40);
-    EXPECT_EQ(p.textBackgroundColor(), RgbaColor::white(0.4));
+    EXPECT_EQ(request(p).watermarks.text.background, RgbaColor::white(0.4));
     p.setColor(K::DynWatermarkBackgroundColor, RgbaColor::black(0.5));
-    EXPECT_EQ(p.textBackgroundColor(), RgbaColor::black(0.5));
+    EXPECT_EQ(request(p).watermarks.text.background, RgbaColor::black(0.5));
 }
 
-TEST(ProcessingParams, JpegAlwaysFlattensOntoTheBackground) {
+TEST(ProcessingRequest, JpegAlwaysFlattensOntoTheBackground) {
     ProcessingParams p = ProcessingParams::defaults();
     p.setBool(K::PreserveTransparency, true);
     p.setColor(K::BackgroundColor, RgbaColor{0, 0.5, 1, 1});
-    EXPECT_EQ(p.canvasBackground(), (RgbaColor{0, 0.5, 1, 1}));
+    EXPECT_EQ(request(p).output.canvasBackground(), (RgbaColor{0, 0.5, 1, 1}));
     p.setInt(K::FileFormat, FileFormat::Png);
-    EXPECT_FALSE(p.canvasBackground().has_value());
+    EXPECT_FALSE(request(p).output.canvasBackground().has_value());
     p.setBool(K::PreserveTransparency, false);
-    EXPECT_TRUE(p.canvasBackground().has_value());
+    EXPECT_TRUE(request(p).output.canvasBackground().has_value());
 }
 
 } // namespace

@@ -14,7 +14,7 @@ namespace quillet {
 
 struct ImageProcessor::Batch {
     std::vector<ImageProcessorHelper> helpers;
-    ProcessingParams params;
+    ProcessingRequest request;
     std::uint32_t creator = 0;
     BatchOptions options;
     std::shared_ptr<BatchGate> gate;
@@ -52,14 +52,14 @@ int renderThreadCount(const BatchOptions& options) {
     return std::max(1, int(std::thread::hardware_concurrency()));
 }
 
-RenderSettings renderSettings(const ProcessingParams& params, const BatchOptions& options,
+RenderSettings renderSettings(const ProcessingRequest& request, const BatchOptions& options,
                               const Renamer& renamer, const BatchShell& shell, bool loadWatermarkAnyway) {
     RenderSettings settings;
-    settings.request = ProcessingRequest::decode(params);
-    const ProcessingRequest& request = settings.request;
-    if ((request.imageWatermark.enabled || loadWatermarkAnyway) && !request.imageWatermark.path.isEmpty())
-        settings.watermark = PipelineSteps::loadWatermark(request.imageWatermark.path);
-    settings.needsInfo = renamer.renameType() == Renamer::Date || request.textWatermark.enabled ||
+    settings.request = request;
+    const ImageWatermarkSettings& image = request.watermarks.image;
+    if ((request.watermarks.drawsImage() || loadWatermarkAnyway) && !image.path.isEmpty())
+        settings.watermark = PipelineSteps::loadWatermark(image.path);
+    settings.needsInfo = renamer.renameType() == Renamer::Date || request.watermarks.drawsText() ||
                          options.setCreationDate || options.setModificationDate;
     settings.wantsThumbnail = shell.wantsThumbnails();
     return settings;
@@ -115,7 +115,7 @@ std::vector<ImageProcessorHelper> ImageProcessor::makeHelpers(const QStringList&
     return helpers;
 }
 
-void ImageProcessor::processFiles(const QStringList& paths, const ProcessingParams& params,
+void ImageProcessor::processFiles(const QStringList& paths, const ProcessingRequest& request,
                                   const QString& outputDir, std::uint32_t creator,
                                   const BatchOptions& options) {
     std::lock_guard lock(m_mutex);
@@ -128,7 +128,7 @@ void ImageProcessor::processFiles(const QStringList& paths, const ProcessingPara
     for (const QString& path : paths)
         absolute.append(absolutePath(path));
     auto batch = std::make_shared<Batch>();
-    batch->params = params;
+    batch->request = request;
     batch->creator = creator;
     batch->options = options;
     batch->gate = std::make_shared<BatchGate>();
@@ -154,14 +154,14 @@ void ImageProcessor::runBatch(Batch& batch) {
                          m_fileSystem,
                          batch.options,
                          batch.creator,
-                         renderSettings(batch.params, batch.options, m_renamer, m_shell, false),
+                         renderSettings(batch.request, batch.options, m_renamer, m_shell, false),
                          {}};
     // Said once for the batch rather than left for the user to notice.
-    const ProcessingRequest::ImageWatermark& watermark = context.render.request.imageWatermark;
-    if (watermark.enabled && !context.render.watermark)
+    const WatermarkSettings& watermarks = context.render.request.watermarks;
+    if (watermarks.drawsImage() && !context.render.watermark)
         m_shell.writeWarningActivity(
             QStringLiteral("Unable to read the watermark '%1'; pictures are written without it\n")
-                .arg(watermark.path));
+                .arg(watermarks.image.path));
     {
         QStringList tasks;
         for (const ImageProcessorHelper& helper : batch.helpers)
@@ -242,13 +242,14 @@ bool ImageProcessor::isPaused() const {
     return m_running && m_gate && m_gate->isPaused();
 }
 
-std::optional<QString> ImageProcessor::processSingleFile(const QString& path, const ProcessingParams& params,
+std::optional<QString> ImageProcessor::processSingleFile(const QString& path,
+                                                         const ProcessingRequest& request,
                                                          bool /*toClipboard*/, const BatchOptions& options) {
     const auto folder = createTmpFolder();
     if (!folder)
         return std::nullopt;
     BatchContext context{m_shell, m_renamer, m_fileSystem,
-                         options, 0,         renderSettings(params, options, m_renamer, m_shell, true),
+                         options, 0,         renderSettings(request, options, m_renamer, m_shell, true),
                          {}};
     ImageProcessorHelper helper;
     std::optional<vips::VImage> thumbnail;

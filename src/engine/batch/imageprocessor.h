@@ -5,7 +5,7 @@
 #include "engine/batch/batchshell.h"
 #include "engine/batch/imageprocessorhelper.h"
 #include "naming/renamer.h"
-#include "settings/processingparams.h"
+#include "settings/processingrequest.h"
 #include "support/filesystem.h"
 
 #include <QString>
@@ -41,7 +41,7 @@ class ImageProcessor {
     // Starts a batch and returns at once; the shell hears of its end through
     // didProcess. Paths that do not exist are dropped. Does nothing while a
     // batch runs.
-    void processFiles(const QStringList& paths, const ProcessingParams& params, const QString& outputDir,
+    void processFiles(const QStringList& paths, const ProcessingRequest& request, const QString& outputDir,
                       std::uint32_t creator, const BatchOptions& options);
     // Blocks until the running batch (if any) has finished.
     void waitForFinished();
@@ -52,7 +52,7 @@ class ImageProcessor {
     // none when nothing was written. The clipboard flag belongs to the desktop
     // shell, which puts the result on the clipboard itself; it is accepted and
     // otherwise ignored here.
-    std::optional<QString> processSingleFile(const QString& path, const ProcessingParams& params,
+    std::optional<QString> processSingleFile(const QString& path, const ProcessingRequest& request,
                                              bool toClipboard, const BatchOptions& options = {});
 
     // All act between files: the file in hand is always finished. pause()

@@ -113,10 +113,10 @@ int ImageProcessorHelper::commitFile(RenderedFile& rendered, int index, BatchCon
         return NotWritten;
 
     const ProcessingRequest& request = context.render.request;
-    if (request.preserveHeader) {
+    if (request.output.keepsHeader()) {
         MetadataNotes notes;
         const int copied =
-            OutputMetadata::preserve(rendered.path, rendered.source, outputPath, request.resolution,
+            OutputMetadata::preserve(rendered.path, rendered.source, outputPath, request.output.dpi(),
                                      rendered.autoRotated, context.fileSystem, &notes);
         notes.writeDamage(context.shell, QFileInfo(rendered.path).fileName());
         // The copy returns 1 when it rewrote the output; the log reads the
@@ -142,7 +142,7 @@ void ImageProcessorHelper::setAttributes(const RenderedFile& rendered, const QSt
     // The modification date is the taking date too, not the file's own.
     const QDateTime creation = options.setCreationDate ? taken : QDateTime();
     const QDateTime modification = options.setModificationDate ? taken : QDateTime();
-    FileAttributes::setAttributes(outputPath, context.creator, context.render.request.format,
+    FileAttributes::setAttributes(outputPath, context.creator, context.render.request.output.format,
                                   options.hideExtension, creation, modification, context.fileSystem);
     if (options.customIcon)
         CustomIcon::setForFile(outputPath);
@@ -151,7 +151,7 @@ void ImageProcessorHelper::setAttributes(const RenderedFile& rendered, const QSt
 QString ImageProcessorHelper::writeImage(RenderedFile& rendered, int index, BatchContext& context,
                                          const QString& outputDir) {
     BatchShell& shell = context.shell;
-    const int format = context.render.request.format;
+    const int format = context.render.request.output.format;
     const QString base = OutputNaming::baseName(rendered.path);
     // An unknown rename type names nothing; the input name is the safe choice.
     const QString name =

@@ -21,11 +21,12 @@ int orientationOf(const QString& path, const SourceMetadata& source, MetadataNot
 
 bool drawWatermarks(Picture& picture, const ProcessingRequest& request,
                     const std::optional<Picture>& watermark, const KVImageInfo* info, ActivityLog& log) {
-    const ProcessingRequest::ImageWatermark& image = request.imageWatermark;
-    if (image.enabled && watermark)
+    const WatermarkSettings& watermarks = request.watermarks;
+    const ImageWatermarkSettings& image = watermarks.image;
+    if (watermarks.drawsImage() && watermark)
         drawWatermark(*watermark, picture, image.location, image.opacity, log);
-    const ProcessingRequest::TextWatermark& text = request.textWatermark;
-    if (text.enabled && info) {
+    const TextWatermarkSettings& text = watermarks.text;
+    if (watermarks.drawsText() && info) {
         const QStringList texts = watermarkTexts(*info, text.fields);
         // Every field may come out empty; there is then nothing to draw.
         if (!texts.isEmpty())
@@ -36,8 +37,9 @@ bool drawWatermarks(Picture& picture, const ProcessingRequest& request,
 
 QByteArray encode(const Picture& picture, const ProcessingRequest& request, ActivityLog& log,
                   const QByteArray& iccProfile) {
-    return OutputEncoder::dataForImage(picture, request.format, request.resolution, request.jpegQuality,
-                                       request.sizeLimitBytes, log, iccProfile);
+    const OutputSettings& output = request.output;
+    return OutputEncoder::dataForImage(picture, output.format, output.dpi(), output.jpegQuality,
+                                       output.sizeLimitBytes(), log, iccProfile);
 }
 
 vips::VImage thumbnail(const Picture& picture) {

@@ -46,8 +46,8 @@ std::optional<Geometry::Processed> drawStreamed(const QString& path, const Pictu
     if (opened.status != PictureLoader::Status::Loaded)
         return std::nullopt;
     try {
-        Geometry::Processed processed =
-            Geometry::processImage(opened.picture, {}, Rotation::None, request.sizing, request.background);
+        Geometry::Processed processed = Geometry::processImage(
+            opened.picture, {}, Rotation::None, request.sizing, request.output.canvasBackground());
         // Pixels that still come from the file (libvips marks what descends
         // from a sequential read) are computed now, in the one pass the file
         // allows, and not again by each encoding; what our resampler drew is
@@ -134,7 +134,7 @@ void finish(RenderedFile& out, const RenderSettings& settings, const Picture& lo
     if (!processed)
         processed = Geometry::processImage(
             loaded, [orientation] { return orientation; }, request.rotation, request.sizing,
-            request.background);
+            request.output.canvasBackground());
     Picture& picture = processed->picture;
     out.autoRotated = processed->autoRotated;
     out.pictureLog.writeActivity(
@@ -149,7 +149,7 @@ void finish(RenderedFile& out, const RenderSettings& settings, const Picture& lo
             vips_error_clear();
         }
     }
-    const QByteArray profile = request.convertToSrgb
+    const QByteArray profile = request.output.convertToSrgb
                                    ? ColourProfile::convertToSrgb(picture, out.source.iccProfile)
                                    : out.source.iccProfile;
     out.textSizeCapped = PipelineSteps::drawWatermarks(picture, request, settings.watermark,

@@ -104,7 +104,7 @@ class ShardedBatchTest : public ::testing::Test {
         options.renderThreads = 2;
         options.shard = shard;
         ImageProcessor job(recorder, names);
-        job.processFiles(paths, settings, into, 0, options);
+        job.processFiles(paths, ProcessingRequest::fromRecord(settings), into, 0, options);
         job.waitForFinished();
         return recorder.calls().replaceInStrings(into, "<out>");
     }

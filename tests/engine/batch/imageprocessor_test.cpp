@@ -30,7 +30,7 @@ class BatchTest : public ::testing::Test {
     }
     QStringList run(const QStringList& paths, FileSystem& fileSystem = FileSystem::standard()) {
         ImageProcessor job(shell, renamer, fileSystem);
-        job.processFiles(paths, params, out, 0, options);
+        job.processFiles(paths, ProcessingRequest::fromRecord(params), out, 0, options);
         job.waitForFinished();
         return shell.calls();
     }
@@ -196,7 +196,7 @@ class BatchRunModeTest : public BatchTest, public ::testing::WithParamInterface<
         for (int i = 0; i < count; ++i)
             batchtree::picture(p(QStringLiteral("d/%1.png").arg(i)), 30, 30);
         shell.onStatus = std::move(onStatus);
-        job.processFiles({p("d")}, params, out, 0, options);
+        job.processFiles({p("d")}, ProcessingRequest::fromRecord(params), out, 0, options);
     }
     ImageProcessor job{shell, renamer};
 };
@@ -380,7 +380,7 @@ class ParallelBatchTest : public BatchTest, public ::testing::WithParamInterface
         options.renderThreads = 3;
         options.copyNonImageFiles = true;
         ImageProcessor job(recorder, names);
-        job.processFiles({in}, settings, into, 0, options);
+        job.processFiles({in}, ProcessingRequest::fromRecord(settings), into, 0, options);
         job.waitForFinished();
         return {recorder.calls().replaceInStrings(into, "<out>"), batchtree::checksums(into)};
     }

@@ -55,7 +55,7 @@ TEST(ShrinkTest, ShrinkKeepsTheDecodedPictureAtLeastAsLargeAsItIsDrawn) {
         params.setBool(ParamKey::ScaleDownOnly, c.downOnly);
         if (c.nearestNeighbour)
             params.setInt(ParamKey::ScaleQuality, ScaleQuality::None);
-        EXPECT_EQ(pipelineShrinkFactor(ProcessingRequest::decode(params).sizing, 4000, 3000), c.expected)
+        EXPECT_EQ(pipelineShrinkFactor(ProcessingRequest::fromRecord(params).sizing, 4000, 3000), c.expected)
             << "type " << c.scaleType << ", " << c.width << " x " << c.height << ", crop " << c.cropPercent;
     }
 }
@@ -176,7 +176,7 @@ TEST(PictureLoaderTest, BoxShrunkPictureDrawsWithinATolerableDistanceOfTheFullDe
 
     RenderSettings settings;
     settings.request.sizing = sizing(ScaleType::Fit, 100, 100);
-    settings.request.format = FileFormat::Png;
+    settings.request.output.format = FileFormat::Png;
     ASSERT_EQ(pipelineBoxShrink(settings.request.sizing, 1200, 900, 1), 6);
     const RenderedFile rendered = renderFile(path, settings);
     ASSERT_EQ(rendered.status, RenderedFile::Rendered);

@@ -1,0 +1,261 @@
+#include "app/widgets/main/mainwindow.h"
+
+#include "app/models/appcontroller.h"
+#include "app/models/appmodels.h"
+#include "app/models/windowtitle.h"
+#include "app/widgets/log/activitylogwindow.h"
+#include "app/widgets/main/droparea.h"
+#include "app/widgets/settings/settingspanel.h"
+#include "app/widgets/sheets/filechooser.h"
+#include "app/widgets/sheets/progresssheet.h"
+#include "app/widgets/sheets/sheets.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDir>
+#include <QGridLayout>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMenuBar>
+#include <QTimer>
+
+namespace quillet {
+
+namespace {
+
+constexpr char FrameKey[] = "KVmainWindowAutosave";
+
+QString displayPath(const QString& path) {
+    const QString home = QDir::homePath();
+    if (path == home || path.startsWith(home + QLatin1Char('/')))
+        return QLatin1Char('~') + path.mid(home.size());
+    return path;
+}
+
+} // namespace
+
+MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& sheets, QWidget* parent)
+    : QMainWindow(parent), m_controller(controller), m_models(models), m_sheets(sheets),
+      m_dropArea(new DropArea(this)), m_destinations(new QComboBox(this)),
+      m_settings(new SettingsPanel(controller, models, sheets, this)),
+      m_progress(new ProgressSheet(controller, this)),
+      m_log(new ActivityLogWindow(models.log(), models.defaults(), this)) {
+    setObjectName(QStringLiteral("mainWindow"));
+    setTitle(tr("Quillet"));
+    sheets.setWindow(this);
+    m_destinations->setObjectName(QStringLiteral("destinationMenu"));
+    m_destinations->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_destinations->setMinimumContentsLength(28);
+
+    auto* destinationLabel = new QLabel(tr("Output to:"), this);
+    destinationLabel->setBuddy(m_destinations);
+    auto* destinationRow = new QHBoxLayout;
+    destinationRow->addWidget(destinationLabel);
+    destinationRow->addWidget(m_destinations, 1);
+
+    auto* central = new QWidget(this);
+    auto* grid = new QGridLayout(central);
+    grid->setContentsMargins(16, 12, 16, 12);
+    grid->setHorizontalSpacing(16);
+    grid->addLayout(destinationRow, 0, 0);
+    grid->addWidget(m_dropArea, 1, 0);
+    grid->addWidget(m_settings, 0, 1, 2, 1);
+    grid->addWidget(buildStatusRow(), 2, 0, 1, 2);
+    grid->setColumnStretch(0, 1);
+    grid->setRowStretch(1, 1);
+    setCentralWidget(central);
+    buildMenus();
+    rebuildDestinationMenu();
+
+    setMinimumSize(720, 450);
+    resize(980, 780);
+    const QByteArray frame = models.defaults().value(QLatin1String(FrameKey)).toByteArray();
+    if (!frame.isEmpty())
+        restoreGeometry(frame);
+
+    connect(m_dropArea, &DropArea::pathsDropped, &controller, &AppController::processFiles);
+    connect(m_destinations, &QComboBox::activated, this, &MainWindow::destinationChosen);
+    connect(&controller, &AppController::progressSheetShown, this, [this](bool shown) {
+        if (shown)
+            m_sheets.beginSheet(m_progress);
+        else
+            m_sheets.endSheet();
+    });
+    connect(&controller, &AppController::processingChanged, this, [this](bool processing) {
+        for (QAction* action : std::as_const(m_idleActions))
+            action->setEnabled(!processing);
+        if (processing)
+            m_settings->refresh();
+    });
+    connect(&controller, &AppController::readyToQuit, this, &QWidget::close);
+    applyPreferences();
+    // Reopened once this window is up, so that it comes up above it.
+    if (models.defaults().boolValue(QStringLiteral("ActivityLogVisible")))
+        QTimer::singleShot(0, m_log, [this] { m_log->setOpen(true); });
+}
+
+MainWindow::~MainWindow() {
+    m_sheets.setWindow(nullptr);
+}
+
+void MainWindow::buildMenus() {
+    QMenu* file = menuBar()->addMenu(tr("&File"));
+    m_openAction = file->addAction(tr("&Open Pictures..."), this, &MainWindow::openPictures);
+    m_openAction->setObjectName(QStringLiteral("actionOpen"));
+    m_openAction->setShortcut(QKeySequence::Open);
+    m_openFolderAction = file->addAction(tr("Open &Folder..."), this, &MainWindow::openFolder);
+    m_openFolderAction->setObjectName(QStringLiteral("actionOpenFolder"));
+    m_openFolderAction->setShortcut(QKeySequence(tr("Ctrl+Shift+O")));
+    file->addSeparator();
+    QAction* quit = file->addAction(tr("&Quit"), this, &QWidget::close);
+    quit->setObjectName(QStringLiteral("actionQuit"));
+    quit->setShortcut(QKeySequence::Quit);
+
+    QMenu* settings = menuBar()->addMenu(tr("&Settings"));
+    QAction* watermarks =
+        settings->addAction(tr("&Watermarks..."), m_settings, &SettingsPanel::showWatermarks);
+    watermarks->setObjectName(QStringLiteral("actionWatermarks"));
+    watermarks->setShortcut(QKeySequence(tr("Ctrl+Shift+W")));
+    QAction* rename = settings->addAction(tr("&Rename..."), m_settings, &SettingsPanel::showRename);
+    rename->setObjectName(QStringLiteral("actionRename"));
+    rename->setShortcut(QKeySequence(tr("Ctrl+R")));
+    m_idleActions = {m_openAction, m_openFolderAction, watermarks, rename};
+
+    QMenu* window = menuBar()->addMenu(tr("&Window"));
+    m_logAction = window->addAction(tr("&Activity Log"));
+    m_logAction->setObjectName(QStringLiteral("actionActivityLog"));
+    m_logAction->setCheckable(true);
+    m_logAction->setShortcut(QKeySequence(tr("Ctrl+L")));
+    connect(m_logAction, &QAction::triggered, m_log, &ActivityLogWindow::setOpen);
+    connect(m_log, &ActivityLogWindow::openChanged, m_logAction, &QAction::setChecked);
+}
+
+QWidget* MainWindow::buildStatusRow() {
+    auto* row = new QWidget(this);
+    m_thumbnail = new QLabel(row);
+    m_thumbnail->setObjectName(QStringLiteral("statusThumbnail"));
+    m_thumbnail->setFixedSize(68, 68);
+    m_thumbnail->setAlignment(Qt::AlignCenter);
+    m_thumbnail->setFrameShape(QFrame::StyledPanel);
+    m_status = new QLabel(tr("Ready"), row);
+    m_status->setObjectName(QStringLiteral("statusLine"));
+    QFont bold = m_status->font();
+    bold.setBold(true);
+    m_status->setFont(bold);
+    m_outputFolder = new QLabel(row);
+    m_outputFolder->setObjectName(QStringLiteral("outputFolderLabel"));
+    m_outputFolder->setForegroundRole(QPalette::PlaceholderText);
+    m_outputFolder->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    auto* texts = new QVBoxLayout;
+    texts->addStretch();
+    texts->addWidget(m_status);
+    texts->addWidget(m_outputFolder);
+    texts->addStretch();
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 4, 0, 0);
+    layout->addWidget(m_thumbnail);
+    layout->addLayout(texts, 1);
+
+    connect(&m_controller, &AppController::statusChanged, m_status,
+            [this](const QString& text) { m_status->setText(text.isEmpty() ? tr("Working...") : text); });
+    connect(&m_controller, &AppController::thumbnailChanged, m_thumbnail,
+            [this](const QImage& image) { m_thumbnail->setPixmap(QPixmap::fromImage(image)); });
+    connect(&m_controller, &AppController::outputFolderChanged, m_outputFolder,
+            [this](const QString& folder) {
+                m_outputFolder->setText(tr("Output folder: %1").arg(displayPath(folder)));
+            });
+    return row;
+}
+
+void MainWindow::rebuildDestinationMenu() {
+    m_destinations->clear();
+    const QStringList entries = m_models.destinations().entries();
+    for (const QString& entry : entries) {
+        m_destinations->addItem(displayPath(entry));
+        m_destinations->setItemData(m_destinations->count() - 1, entry, Qt::ToolTipRole);
+    }
+    m_destinations->insertSeparator(m_destinations->count());
+    m_destinations->addItem(tr("Remove Selected Entry"));
+    m_destinations->addItem(tr("Choose a Folder ..."));
+    m_destinations->setCurrentIndex(m_models.destinations().selectedIndex());
+}
+
+void MainWindow::destinationChosen(int index) {
+    DestinationList& list = m_models.destinations();
+    const int count = int(list.entries().size());
+    if (index < count) {
+        list.select(index);
+    } else if (index == count + 1) {
+        list.removeSelected();
+    } else if (index == count + 2) {
+        const auto folder =
+            FileChooser::chooseFolder(m_sheets, tr("Choose a Folder"), QDir::homePath(), true);
+        if (folder)
+            list.add(*folder);
+        else
+            list.chooserCancelled();
+    }
+    rebuildDestinationMenu();
+}
+
+void MainWindow::openPictures() {
+    if (const auto paths = FileChooser::choosePictures(m_sheets, QDir::homePath()))
+        for (const QString& path : *paths)
+            m_controller.openFile(path);
+}
+
+void MainWindow::openFolder() {
+    if (const auto folder = FileChooser::chooseFolder(m_sheets, tr("Open Folder"), QDir::homePath()))
+        m_controller.openFile(*folder);
+}
+
+void MainWindow::applyPreferences() {
+    UserDefaults& defaults = m_models.defaults();
+    const bool hideToolTips = defaults.boolValue(QStringLiteral("HideToolTips"));
+    m_dropArea->setToolTip(hideToolTips ? QString() : tr("Drop files or folders here to start processing."));
+    m_settings->setToolTipsHidden(hideToolTips);
+    // The log steps aside while another application is in front, and comes
+    // back with this one; whether it is open stays as the user left it.
+    disconnect(qApp, &QGuiApplication::applicationStateChanged, this, nullptr);
+    if (defaults.boolValue(QStringLiteral("HideOnDeactivate")))
+        connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
+            const bool open = m_models.defaults().boolValue(QStringLiteral("ActivityLogVisible"));
+            m_log->setVisible(open && state == Qt::ApplicationActive);
+        });
+}
+
+void MainWindow::setTitle(const std::optional<QString>& title) {
+    m_title = title;
+    setWindowTitle(shownWindowTitle(m_title, m_titleSuffix));
+}
+
+void MainWindow::setTitleSuffix(const std::optional<QString>& suffix) {
+    m_titleSuffix = suffix;
+    setWindowTitle(shownWindowTitle(m_title, m_titleSuffix));
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    saveFrame();
+    if (!m_controller.requestQuit()) {
+        // Back here through readyToQuit once the batch has stopped.
+        m_status->setText(tr("Stopping after the current file..."));
+        event->ignore();
+        return;
+    }
+    // The last window closed ends the application.
+    event->accept();
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && !m_controller.isProcessing())
+        m_settings->refresh();
+}
+
+void MainWindow::saveFrame() {
+    m_models.defaults().setValue(QLatin1String(FrameKey), saveGeometry());
+}
+
+} // namespace quillet

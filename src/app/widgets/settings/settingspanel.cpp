@@ -1,0 +1,108 @@
+#include "app/widgets/settings/settingspanel.h"
+
+#include "app/models/appcontroller.h"
+#include "app/models/appmodels.h"
+#include "app/widgets/main/creatorcombobox.h"
+#include "app/widgets/main/fileoptionsbox.h"
+#include "app/widgets/settings/renamepanel.h"
+#include "app/widgets/settings/settingscontrols.h"
+#include "app/widgets/settings/watermarkwindow.h"
+#include "app/widgets/sheets/sheets.h"
+#include "settings/settingsschema.h"
+
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace quillet {
+
+SettingsPanel::SettingsPanel(AppController& controller, AppModels& models, Sheets& sheets, QWidget* parent)
+    : QScrollArea(parent), m_controller(controller), m_models(models), m_sheets(sheets),
+      m_controls(new SettingsControls(models.settings(), sheets,
+                                      models.defaults().stringList(QStringLiteral("ResolutionSet")))),
+      m_watermarks(new WatermarkWindow(models.settings().watermarks(), sheets, parent)) {
+    setObjectName(QStringLiteral("settingsPanel"));
+    setFrameShape(QFrame::NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // The content fills the visible height while that is enough and keeps
+    // its minimum (with a scroll bar) below it.
+    setWidgetResizable(true);
+
+    auto* content = new QWidget;
+    content->setObjectName(QStringLiteral("settingsContent"));
+    content->setMinimumHeight(MinimumContentHeight);
+    auto* layout = new QVBoxLayout(content);
+    layout->setContentsMargins(0, 0, 4, 0);
+    layout->addWidget(m_controls);
+    layout->addWidget(buildButtons());
+    // Made after the buttons so that the tab order follows the reading order.
+    m_fileOptions = new FileOptionsBox(models.defaults(), content);
+    layout->addWidget(m_fileOptions);
+    layout->addStretch(1);
+    setWidget(content);
+    setMinimumWidth(content->sizeHint().width() + 24);
+
+    connect(m_controls, &SettingsControls::automaticRotationChosen, &controller,
+            &AppController::showAutoRotateHint);
+    connect(&models.renaming(), &RenamingModel::summaryChanged, m_renameSummary, &QLabel::setText);
+}
+
+QWidget* SettingsPanel::buildButtons() {
+    auto* box = new QGroupBox(tr("Files"));
+    auto* watermarks = new QPushButton(tr("Watermarks..."));
+    watermarks->setObjectName(QStringLiteral("watermarksButton"));
+    connect(watermarks, &QPushButton::clicked, this, &SettingsPanel::showWatermarks);
+    auto* rename = new QPushButton(tr("Rename..."));
+    rename->setObjectName(QStringLiteral("renameButton"));
+    connect(rename, &QPushButton::clicked, this, &SettingsPanel::showRename);
+    m_renameSummary = new QLabel(m_models.renaming().summary());
+    m_renameSummary->setObjectName(QStringLiteral("renameSummary"));
+    m_renameSummary->setWordWrap(true);
+    m_renameSummary->setForegroundRole(QPalette::PlaceholderText);
+    auto* creators = new CreatorComboBox(m_models.creators(), m_controller);
+
+    auto* form = new QFormLayout(box);
+    form->addRow(tr("Watermarks:"), watermarks);
+    form->addRow(tr("Names:"), rename);
+    form->addRow(QString(), m_renameSummary);
+    auto* creatorLabel = new QLabel(tr("Creator:"));
+    creatorLabel->setBuddy(creators);
+    form->addRow(creatorLabel, creators);
+    return box;
+}
+
+void SettingsPanel::showWatermarks() {
+    m_watermarks->show();
+    m_watermarks->raise();
+    m_watermarks->activateWindow();
+}
+
+void SettingsPanel::showRename() {
+    RenamingModel& renaming = m_models.renaming();
+    SheetRequest request;
+    request.title = tr("Rename");
+    request.makeDialog = [&renaming](QWidget* window) {
+        renaming.beginEdit();
+        auto* panel = new RenamePanel(renaming.renamer(), window);
+        panel->showScheme();
+        return panel;
+    };
+    request.readAnswer = [](QDialog*, int result) {
+        return SheetAnswer{result == QDialog::Accepted ? 1 : 0, {}};
+    };
+    renaming.endEdit(m_sheets.run(std::move(request)).code > 0);
+}
+
+void SettingsPanel::setToolTipsHidden(bool hidden) {
+    m_controls->setToolTipsHidden(hidden);
+    m_watermarks->setToolTipsHidden(hidden);
+}
+
+void SettingsPanel::refresh() {
+    m_fileOptions->refresh();
+    m_renameSummary->setText(m_models.renaming().summary());
+}
+
+} // namespace quillet
