@@ -11,8 +11,8 @@ GuiShell::GuiShell(ActivityLogModel& log, Sheets& sheets, QObject* parent)
     : QObject(parent), m_log(log), m_sheets(sheets) {}
 
 void GuiShell::post(std::function<void()> call) {
-    // Queued even on the main thread: the caller may hold the job's lock,
-    // and calls must keep their order with those from the batch thread.
+    // Queued even when called on the main thread, so that every call keeps
+    // its place in the one order the engine made them.
     QMetaObject::invokeMethod(this, std::move(call), Qt::QueuedConnection);
 }
 
@@ -26,6 +26,10 @@ void GuiShell::writeWarningActivity(const QString& line) {
 
 void GuiShell::beginProgressSheet(int total) {
     post([this, total] { Q_EMIT progressBegan(total); });
+}
+
+void GuiShell::setProgressTotal(int total) {
+    post([this, total] { Q_EMIT progressTotalKnown(total); });
 }
 
 void GuiShell::endProgressSheet() {
