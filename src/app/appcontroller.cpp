@@ -218,13 +218,15 @@ void AppController::processSingleFile(const QString& path, int option) {
         return;
     setProcessing(true);
     const bool toClipboard = option == 2;
-    m_job->processSingleFile(
+    const bool started = m_job->processSingleFile(
         path, params, toClipboard, options, [this, toClipboard](const std::optional<QString>& output) {
             // Queued behind the run's own status line.
             QMetaObject::invokeMethod(
                 this, [this, toClipboard, output] { didProcessSingleFile(output, toClipboard); },
                 Qt::QueuedConnection);
         });
+    if (!started)
+        setProcessing(false);
 }
 
 void AppController::didProcessSingleFile(const std::optional<QString>& output, bool toClipboard) {

@@ -11,8 +11,8 @@ GuiShell::GuiShell(ActivityLogModel& log, Sheets& sheets, QObject* parent)
     : QObject(parent), m_log(log), m_sheets(sheets) {}
 
 void GuiShell::post(std::function<void()> call) {
-    // Queued even when called on the main thread, so that every call keeps
-    // its place in the one order the engine made them.
+    // Always queued, so that the window takes the calls in the order the
+    // engine made them.
     QMetaObject::invokeMethod(this, std::move(call), Qt::QueuedConnection);
 }
 
