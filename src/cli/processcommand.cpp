@@ -9,6 +9,7 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <unistd.h>
@@ -62,10 +63,10 @@ int runProcess(const QStringList& args) {
             QStringLiteral("--shard needs a destination outside the inputs, and no input inside it: "
                            "each part must find the input tree as the others found it"));
     request.options.shard = request.shard;
-    for (const QString& path : request.paths)
-        if (!QFileInfo::exists(path))
-            std::fprintf(stderr, "quillet process: '%s' does not exist; left out\n",
-                         path.toLocal8Bit().constData());
+    // The batch's log names each missing input; with none left there is
+    // nothing to do, which the exit status says.
+    const bool anyInput = std::any_of(request.paths.cbegin(), request.paths.cend(),
+                                      [](const QString& path) { return QFileInfo::exists(path); });
 
     TerminalShell::Streams streams;
     streams.outIsTerminal = isatty(STDOUT_FILENO) != 0;
@@ -108,7 +109,7 @@ int runProcess(const QStringList& args) {
     job.processFiles(request.paths, ProcessingRequest::fromRecord(request.params), request.dest,
                      request.creator, request.options);
     job.waitForFinished();
-    return shell.processed() == shell.total() && !shell.hadError() ? 0 : 1;
+    return anyInput && shell.processed() == shell.total() && !shell.hadError() ? 0 : 1;
 }
 
 } // namespace quillet

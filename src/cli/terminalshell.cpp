@@ -76,6 +76,12 @@ void TerminalShell::beginProgressSheet(int total) {
     drawBar();
 }
 
+void TerminalShell::setProgressTotal(int total) {
+    std::lock_guard lock(m_mutex);
+    m_total = total;
+    drawBar();
+}
+
 void TerminalShell::endProgressSheet() {
     std::lock_guard lock(m_mutex);
     clearBar();
@@ -171,7 +177,9 @@ void TerminalShell::runMessageSheet(const QString& title, const QString& message
 void TerminalShell::didProcess(int processed, int total) {
     std::lock_guard lock(m_mutex);
     clearBar();
-    if (processed == total)
+    if (total == UnknownTotal)
+        std::fputs("Cancelled while listing the files\n", m_streams.out);
+    else if (processed == total)
         std::fprintf(m_streams.out, "Processing Completed (%d files processed)\n", processed);
     else
         std::fprintf(m_streams.out, "Cancelled (processed %d of %d)\n", processed, total);

@@ -39,6 +39,7 @@ class TerminalShell final : public BatchShell {
     void notice(const QString& text, bool warning = false);
 
     void beginProgressSheet(int total) override;
+    void setProgressTotal(int total) override;
     void endProgressSheet() override;
     void setStatus(const QString& text, const std::optional<vips::VImage>& thumbnail) override;
     void writeActivity(const QString& line) override;

@@ -121,6 +121,23 @@ TEST_F(ProcessCommandTest, FailingWorkerMakesTheExitStatusOneAndShowsItsError) {
         << qPrintable(run.err);
 }
 
+// A missing path is named in the log and left out; only a run with no input
+// at all fails for it.
+TEST_F(ProcessCommandTest, MissingInputsAreNamedAndNoneFoundExitsWithOne) {
+    picture(path(QStringLiteral("in/a.png")), 10, 10);
+    const QString gone = path(QStringLiteral("gone.png"));
+    const QStringList dest = {QStringLiteral("--dest"), path(QStringLiteral("o"))};
+    const Outcome some = runQuillet(QStringList{gone, path(QStringLiteral("in/a.png"))} + dest);
+    EXPECT_EQ(some.status, 0) << qPrintable(some.err);
+    EXPECT_TRUE(some.out.contains(QStringLiteral("Unable to find '%1'\n").arg(gone))) << qPrintable(some.out);
+    EXPECT_TRUE(some.out.contains(QLatin1String("Processing Completed (1 files processed)")));
+
+    const Outcome none = runQuillet(QStringList{gone, path(QStringLiteral("gone2"))} + dest);
+    EXPECT_EQ(none.status, 1);
+    EXPECT_TRUE(none.out.contains(QStringLiteral("Unable to find '%1'\n").arg(path(QStringLiteral("gone2")))))
+        << qPrintable(none.out);
+}
+
 TEST_F(ProcessCommandTest, LogFileHoldsTheActivityLogAndSerialMatchesParallel) {
     for (int i = 0; i < 6; ++i)
         picture(path(QStringLiteral("in/sub/p%1.png").arg(i)), 100 + i, 60);

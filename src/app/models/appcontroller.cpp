@@ -34,6 +34,10 @@ AppController::AppController(AppModels& models, Questions& questions, DesktopSer
         setProgress(0);
         Q_EMIT progressSheetShown(true);
     });
+    connect(&m_shell, &GuiShell::progressTotalKnown, this, [this](int total) {
+        m_progressMaximum = total;
+        setProgress(m_progress);
+    });
     connect(&m_shell, &GuiShell::progressEnded, this, [this] { Q_EMIT progressSheetShown(false); });
     connect(&m_shell, &GuiShell::statusChanged, this,
             [this](const QString& text, const QImage& thumbnail, int advance) {
@@ -172,17 +176,31 @@ void AppController::processSingleFile(const QString& path, int option) {
     }
     if (option != 2 && option != 3)
         return;
-    // Runs here on the main thread, as the single-file run is short. The flag
-    // stays set until the next batch ends.
     setProcessing(true);
-    const auto output = m_job->processSingleFile(path, request, option == 2, options);
+    const bool toClipboard = option == 2;
+    const bool started = m_job->processSingleFile(
+        path, request, toClipboard, options, [this, toClipboard](const std::optional<QString>& output) {
+            // Queued behind the run's own status line.
+            QMetaObject::invokeMethod(
+                this, [this, toClipboard, output] { didProcessSingleFile(output, toClipboard); },
+                Qt::QueuedConnection);
+        });
+    if (!started)
+        setProcessing(false);
+}
+
+void AppController::didProcessSingleFile(const std::optional<QString>& output, bool toClipboard) {
+    setProcessing(false);
+    setProgress(0);
+    if (m_quitting) {
+        Q_EMIT readyToQuit();
+        return;
+    }
     if (!output)
         return;
-    if (option == 2) {
+    if (toClipboard) {
         m_desktop.copyToClipboard(*output);
-        // After the engine's own status, which is still on its way.
-        QMetaObject::invokeMethod(
-            this, [this] { setStatus(tr("Copied to Clipboard")); }, Qt::QueuedConnection);
+        setStatus(tr("Copied to Clipboard"));
     } else {
         m_desktop.openFile(*output);
     }
@@ -191,8 +209,11 @@ void AppController::processSingleFile(const QString& path, int option) {
 void AppController::didProcess(int processed, int total) {
     setProcessing(false);
     setPauseTitle(tr("Pause"));
-    setStatus(processed == total ? tr("Processing Completed (%1 files processed)").arg(processed)
-                                 : tr("Cancelled (processed %1 of %2)").arg(processed).arg(total));
+    if (total == BatchShell::UnknownTotal)
+        setStatus(tr("Cancelled while listing the files"));
+    else
+        setStatus(processed == total ? tr("Processing Completed (%1 files processed)").arg(processed)
+                                     : tr("Cancelled (processed %1 of %2)").arg(processed).arg(total));
     setProgress(0);
     setThumbnail({});
     if (m_quitting) {

@@ -44,6 +44,7 @@ class AppController : public QObject {
     QString currentFile() const { return m_currentFile; }
     QImage thumbnail() const { return m_thumbnail; }
     int progress() const { return m_progress; }
+    // BatchShell::UnknownTotal while the batch lists its input.
     int progressMaximum() const { return m_progressMaximum; }
     QString pauseButtonTitle() const { return m_pauseTitle; }
     QString outputFolder() const { return m_outputFolder; }
@@ -77,6 +78,7 @@ class AppController : public QObject {
   private:
     void processSingleFile(const QString& path, int option);
     void didProcess(int processed, int total);
+    void didProcessSingleFile(const std::optional<QString>& output, bool toClipboard);
     void setStatus(const QString& status);
     void setThumbnail(const QImage& thumbnail);
     void setProgress(int value);

@@ -10,8 +10,8 @@ GuiShell::GuiShell(ActivityLogModel& log, Questions& questions, QObject* parent)
     : QObject(parent), m_log(log), m_questions(questions) {}
 
 void GuiShell::post(std::function<void()> call) {
-    // Queued even on the main thread: the caller may hold the job's lock,
-    // and calls must keep their order with those from the batch thread.
+    // Always queued, so that the window takes the calls in the order the
+    // engine made them.
     QMetaObject::invokeMethod(this, std::move(call), Qt::QueuedConnection);
 }
 
@@ -25,6 +25,10 @@ void GuiShell::writeWarningActivity(const QString& line) {
 
 void GuiShell::beginProgressSheet(int total) {
     post([this, total] { Q_EMIT progressBegan(total); });
+}
+
+void GuiShell::setProgressTotal(int total) {
+    post([this, total] { Q_EMIT progressTotalKnown(total); });
 }
 
 void GuiShell::endProgressSheet() {

@@ -13,8 +13,7 @@ class ActivityLogModel;
 class Questions;
 
 // The batch engine's shell in the desktop application. Calls arrive on the
-// batch thread (or, for the start of a batch and the single-file run, on the
-// main thread) and reach the window as queued signals, in the order made.
+// batch thread and reach the window as queued signals, in the order made.
 // Only the questions block, and only their caller: they wait for an answer
 // given through the main thread's event loop. Log lines go straight into the
 // thread-safe log model.
@@ -25,8 +24,8 @@ class GuiShell : public QObject, public BatchShell {
 
     void writeActivity(const QString& line) override;
     void writeWarningActivity(const QString& line) override;
-    // Never blocks: processFiles calls it while holding the job's lock.
     void beginProgressSheet(int total) override;
+    void setProgressTotal(int total) override;
     void endProgressSheet() override;
     void setStatus(const QString& text, const std::optional<vips::VImage>& thumbnail) override;
     int confirmReplace(const QString& path) override;
@@ -36,7 +35,9 @@ class GuiShell : public QObject, public BatchShell {
     void clearStatus() override;
 
   Q_SIGNALS:
+    // `total` is BatchShell::UnknownTotal until progressTotalKnown.
     void progressBegan(int total);
+    void progressTotalKnown(int total);
     void progressEnded();
     // `advance` files were done since the last signal; `thumbnail` is null
     // when none of them brought one.

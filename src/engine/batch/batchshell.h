@@ -22,9 +22,16 @@ class BatchShell : public ActivityLog {
     // Answers of confirmReplace: the button (0 skip, 1 replace) plus 2 when the
     // answer is to hold for the rest of the folder.
     enum ReplaceAnswer : int { Skip = 0, Replace = 1, SkipAll = 2, ReplaceAll = 3 };
+    // The total of a progress sheet begun before the input has been counted.
+    static constexpr int UnknownTotal = -1;
 
-    // Shows the progress sheet; `total` files will each advance it by one.
+    // Shows the progress sheet; `total` files will each advance it by one. A
+    // batch begins it with UnknownTotal, as soon as it starts, and says the
+    // total with setProgressTotal once its input has been listed.
     virtual void beginProgressSheet(int total) = 0;
+    // The number of files of a sheet begun with UnknownTotal; it comes before
+    // the first setStatus.
+    virtual void setProgressTotal(int total) = 0;
     virtual void endProgressSheet() = 0;
     // Shows the file in hand and advances the progress by one. A missing
     // thumbnail leaves the previous one on show.
@@ -35,7 +42,9 @@ class BatchShell : public ActivityLog {
     virtual void beginOverwriteWarningSheet() = 0;
     // Shows an error message after the batch.
     virtual void runMessageSheet(const QString& title, const QString& message) = 0;
-    // The batch is over: `processed` of `total` files were handled.
+    // The batch is over: `processed` of `total` files were handled. A batch
+    // cancelled while it was still listing its input reports 0 of
+    // UnknownTotal.
     virtual void didProcess(int processed, int total) = 0;
     // Whether setStatus wants the 64 x 64 thumbnail; a shell without a picture
     // to show saves the engine the work of making it.

@@ -2,18 +2,24 @@
 
 #include "engine/batch/batchlog.h"
 #include "engine/batch/batchrenderqueue.h"
+#include "engine/batch/inputlisting.h"
 #include "engine/pipeline/pipelinesteps.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 
-#include <set>
-
 namespace quillet {
 
 struct ImageProcessor::Batch {
+    QStringList paths;
+    QString outputDir;
     std::vector<ImageProcessorHelper> helpers;
+    // False when a cancel cut the listing short.
+    bool listed = false;
+    // The scheme as it was when the batch started; the user may edit the
+    // shell's own while the batch runs.
+    Renamer renamer;
     ProcessingRequest request;
     std::uint32_t creator = 0;
     BatchOptions options;
@@ -24,24 +30,6 @@ namespace {
 
 QString absolutePath(const QString& path) {
     return QDir::cleanPath(QFileInfo(path).absoluteFilePath());
-}
-
-void collectHelpers(const QStringList& files, const QStringList& directories, const QString& outputDir,
-                    std::set<QString>& visited, std::vector<ImageProcessorHelper>& helpers,
-                    ActivityLog& log) {
-    helpers.emplace_back(files, outputDir);
-    for (const QString& directory : directories) {
-        const QString real = QFileInfo(directory).canonicalFilePath();
-        if (!visited.insert(real).second) {
-            log.writeWarningActivity(
-                QStringLiteral("Skipping folder '%1': already visited (link loop)\n").arg(directory));
-            continue;
-        }
-        const QStringList contents = ImageProcessor::directoryContentsAtPath(directory);
-        collectHelpers(ImageProcessor::filesFromPaths(contents),
-                       ImageProcessor::directoriesFromPaths(contents),
-                       QDir(outputDir).filePath(QFileInfo(directory).fileName()), visited, helpers, log);
-    }
 }
 
 int renderThreadCount(const BatchOptions& options) {
@@ -75,86 +63,73 @@ ImageProcessor::~ImageProcessor() {
     removeTmpFolder();
 }
 
-QStringList ImageProcessor::filesFromPaths(const QStringList& paths) {
-    QStringList files;
-    for (const QString& path : paths) {
-        const QFileInfo info(path); // follows links, so a dangling one does not exist
-        if (info.exists() && !info.isDir())
-            files.append(path);
-    }
-    return files;
+bool ImageProcessor::start(const std::shared_ptr<BatchGate>& gate, std::function<void()> work) {
+    std::lock_guard lock(m_mutex);
+    if (m_running)
+        return false;
+    // The last batch has said its last word; its thread is ending.
+    if (m_thread.joinable())
+        m_thread.join();
+    m_gate = gate;
+    m_running = true;
+    m_thread = std::thread(std::move(work));
+    return true;
 }
 
-QStringList ImageProcessor::directoriesFromPaths(const QStringList& paths) {
-    QStringList directories;
-    for (const QString& path : paths)
-        if (QFileInfo(path).isDir())
-            directories.append(path);
-    return directories;
-}
-
-QStringList ImageProcessor::directoryContentsAtPath(const QString& path) {
-    // Sorted by name (code-point order, as `LC_ALL=C ls` shows it) so that
-    // sequence numbers do not depend on the file system's own order.
-    const QDir dir(path);
-    const QStringList names =
-        dir.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
-    QStringList contents;
-    contents.reserve(names.size());
-    for (const QString& name : names)
-        contents.append(dir.filePath(name));
-    return contents;
-}
-
-std::vector<ImageProcessorHelper> ImageProcessor::makeHelpers(const QStringList& files,
-                                                              const QStringList& directories,
-                                                              const QString& outputDir, ActivityLog& log) {
-    std::vector<ImageProcessorHelper> helpers;
-    std::set<QString> visited;
-    collectHelpers(files, directories, outputDir, visited, helpers, log);
-    return helpers;
+void ImageProcessor::finish() {
+    std::lock_guard lock(m_mutex);
+    m_running = false;
 }
 
 void ImageProcessor::processFiles(const QStringList& paths, const ProcessingRequest& request,
                                   const QString& outputDir, std::uint32_t creator,
                                   const BatchOptions& options) {
-    std::lock_guard lock(m_mutex);
-    if (m_running)
-        return;
-    if (m_thread.joinable())
-        m_thread.join();
-
-    QStringList absolute;
-    for (const QString& path : paths)
-        absolute.append(absolutePath(path));
+    // Nothing here touches the disk: the caller is the window's thread.
     auto batch = std::make_shared<Batch>();
+    batch->paths = paths;
+    batch->outputDir = outputDir;
+    batch->renamer = m_renamer;
     batch->request = request;
     batch->creator = creator;
     batch->options = options;
     batch->gate = std::make_shared<BatchGate>();
-    // Every part of a sharded batch lists the whole tree; only the first
-    // reports what the listing met, so the parts' logs add up to one run's.
-    BatchLog otherPartsListing;
-    ActivityLog& listingLog =
-        options.shard.index == 1 ? static_cast<ActivityLog&>(m_shell) : otherPartsListing;
-    batch->helpers = options.shard.select(makeHelpers(
-        filesFromPaths(absolute), directoriesFromPaths(absolute), absolutePath(outputDir), listingLog));
-    int total = 0;
-    for (const ImageProcessorHelper& helper : batch->helpers)
-        total += helper.numFiles();
-    m_shell.beginProgressSheet(total);
-    m_gate = batch->gate;
-    m_running = true;
-    m_thread = std::thread([this, batch] { runBatch(*batch); });
+    start(batch->gate, [this, batch] { runBatch(*batch); });
 }
 
 void ImageProcessor::runBatch(Batch& batch) {
+    // The sheet comes up before the listing, which may take a while.
+    m_shell.beginProgressSheet(BatchShell::UnknownTotal);
+    {
+        // Every part of a sharded batch lists the whole tree; only the first
+        // reports what the listing met, so the parts' logs add up to one run's.
+        BatchLog otherPartsListing;
+        ActivityLog& listingLog =
+            batch.options.shard.index == 1 ? static_cast<ActivityLog&>(m_shell) : otherPartsListing;
+        const std::shared_ptr<BatchGate>& gate = batch.gate;
+        InputListing listing(listingLog, [&gate] { return gate->isCancelled(); });
+        batch.helpers = listing.list(batch.paths, batch.outputDir);
+        batch.listed = !listing.stopped();
+    }
+    if (batch.listed) {
+        batch.helpers = batch.options.shard.select(std::move(batch.helpers));
+        int total = 0;
+        for (const ImageProcessorHelper& helper : batch.helpers)
+            total += helper.numFiles();
+        m_shell.setProgressTotal(total);
+        // A batch cancelled before its first file makes no folders.
+        if (!batch.gate->isCancelled())
+            runWorkers(batch);
+    }
+    reportEnd(batch);
+}
+
+void ImageProcessor::runWorkers(Batch& batch) {
     BatchContext context{m_shell,
-                         m_renamer,
+                         batch.renamer,
                          m_fileSystem,
                          batch.options,
                          batch.creator,
-                         renderSettings(batch.request, batch.options, m_renamer, m_shell, false),
+                         renderSettings(batch.request, batch.options, batch.renamer, m_shell, false),
                          {}};
     // Said once for the batch rather than left for the user to notice.
     const WatermarkSettings& watermarks = context.render.request.watermarks;
@@ -162,23 +137,23 @@ void ImageProcessor::runBatch(Batch& batch) {
         m_shell.writeWarningActivity(
             QStringLiteral("Unable to read the watermark '%1'; pictures are written without it\n")
                 .arg(watermarks.image.path));
-    {
-        QStringList tasks;
-        for (const ImageProcessorHelper& helper : batch.helpers)
-            tasks.append(helper.paths());
-        const RenderSettings& settings = context.render;
-        BatchRenderQueue queue(
-            tasks, [&settings](const QString& path) { return renderFile(path, settings); },
-            renderThreadCount(batch.options));
-        context.fileWritten = [&queue](const QString& path) { queue.fileWritten(path); };
-        int firstTask = 0;
-        for (ImageProcessorHelper& helper : batch.helpers) {
-            helper.run(context, *batch.gate, queue, firstTask);
-            firstTask += helper.numFiles();
-        }
+    QStringList tasks;
+    for (const ImageProcessorHelper& helper : batch.helpers)
+        tasks.append(helper.paths());
+    const RenderSettings& settings = context.render;
+    BatchRenderQueue queue(
+        tasks, [&settings](const QString& path) { return renderFile(path, settings); },
+        renderThreadCount(batch.options));
+    context.fileWritten = [&queue](const QString& path) { queue.fileWritten(path); };
+    int firstTask = 0;
+    for (ImageProcessorHelper& helper : batch.helpers) {
+        helper.run(context, *batch.gate, queue, firstTask);
+        firstTask += helper.numFiles();
     }
+}
 
-    // Cleanup: every worker has ended.
+void ImageProcessor::reportEnd(Batch& batch) {
+    // Every worker has ended.
     m_shell.endProgressSheet();
     int total = 0;
     int processed = 0;
@@ -192,15 +167,16 @@ void ImageProcessor::runBatch(Batch& batch) {
             errorMessage = helper.errorMessage();
         }
     }
+    // Cancelled before the files were all found: there is no total to
+    // report the batch against.
+    if (!batch.listed)
+        total = BatchShell::UnknownTotal;
     if (errorCode == ImageProcessorHelper::FolderError)
         m_shell.runMessageSheet(QStringLiteral("Error Creating Folder"), errorMessage);
     else if (errorCode == ImageProcessorHelper::WriteError)
         m_shell.runMessageSheet(QStringLiteral("Write Error"), errorMessage);
     batch.helpers.clear();
-    {
-        std::lock_guard lock(m_mutex);
-        m_running = false;
-    }
+    finish();
     m_shell.didProcess(processed, total);
     m_shell.clearStatus();
 }
@@ -242,29 +218,43 @@ bool ImageProcessor::isPaused() const {
     return m_running && m_gate && m_gate->isPaused();
 }
 
-std::optional<QString> ImageProcessor::processSingleFile(const QString& path,
-                                                         const ProcessingRequest& request,
-                                                         bool /*toClipboard*/, const BatchOptions& options) {
-    const auto folder = createTmpFolder();
-    if (!folder)
-        return std::nullopt;
-    BatchContext context{m_shell, m_renamer, m_fileSystem,
-                         options, 0,         renderSettings(request, options, m_renamer, m_shell, true),
-                         {}};
-    ImageProcessorHelper helper;
-    std::optional<vips::VImage> thumbnail;
-    try {
-        helper.processFile(absolutePath(path), 0, context, *folder, &thumbnail);
-    } catch (const WriteException&) {
-        // The pipeline has logged the failed write already.
-        return std::nullopt;
-    } catch (const std::exception& e) {
-        m_shell.writeWarningActivity(ImageProcessorHelper::stoppedLine(*folder, path, e));
-        return std::nullopt;
-    }
-    m_shell.setStatus(QStringLiteral("Processing %1").arg(QFileInfo(path).fileName()), thumbnail);
-    const QString output = helper.lastOutputPath();
-    return output.isEmpty() ? std::nullopt : std::optional<QString>(output);
+bool ImageProcessor::processSingleFile(const QString& path, const ProcessingRequest& request,
+                                       bool /*toClipboard*/, const BatchOptions& options,
+                                       SingleFileDone done) {
+    auto renamer = std::make_shared<Renamer>(m_renamer);
+    return start(std::make_shared<BatchGate>(), [this, path, request, options, renamer, done] {
+        runSingleFile(path, request, options, *renamer, done);
+    });
+}
+
+void ImageProcessor::runSingleFile(const QString& path, const ProcessingRequest& request,
+                                   const BatchOptions& options, Renamer& renamer,
+                                   const SingleFileDone& done) {
+    const auto output = [&]() -> std::optional<QString> {
+        const auto folder = createTmpFolder();
+        if (!folder)
+            return std::nullopt;
+        BatchContext context{m_shell, renamer, m_fileSystem,
+                             options, 0,       renderSettings(request, options, renamer, m_shell, true),
+                             {}};
+        ImageProcessorHelper helper;
+        std::optional<vips::VImage> thumbnail;
+        try {
+            helper.processFile(absolutePath(path), 0, context, *folder, &thumbnail);
+        } catch (const WriteException&) {
+            // The pipeline has logged the failed write already.
+            return std::nullopt;
+        } catch (const std::exception& e) {
+            m_shell.writeWarningActivity(ImageProcessorHelper::stoppedLine(*folder, path, e));
+            return std::nullopt;
+        }
+        m_shell.setStatus(QStringLiteral("Processing %1").arg(QFileInfo(path).fileName()), thumbnail);
+        const QString written = helper.lastOutputPath();
+        return written.isEmpty() ? std::nullopt : std::optional<QString>(written);
+    }();
+    finish();
+    if (done)
+        done(output);
 }
 
 std::optional<QString> ImageProcessor::createTmpFolder() {

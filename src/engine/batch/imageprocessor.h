@@ -12,6 +12,7 @@
 #include <QStringList>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -27,9 +28,9 @@ namespace quillet {
 // a time and the order in which they get it is open. This job runs them on one
 // batch thread, one after the other in pre-order (the top level first, then
 // each folder followed by its subfolders), which makes every run's log read
-// the same. With BatchOptions::parallel the pixel work of the next files runs
-// ahead on other threads; names, questions, log lines and counts are those of
-// the plain run.
+// the same. The batch thread also lists the input, so starting a batch costs
+// its caller nothing however large the tree. With BatchOptions::parallel the pixel work of the next files
+// runs ahead on other threads; names, questions, log lines and counts are those of the plain run.
 class ImageProcessor {
   public:
     ImageProcessor(BatchShell& shell, Renamer& renamer, FileSystem& fileSystem = FileSystem::standard());
@@ -38,22 +39,28 @@ class ImageProcessor {
     ImageProcessor(const ImageProcessor&) = delete;
     ImageProcessor& operator=(const ImageProcessor&) = delete;
 
-    // Starts a batch and returns at once; the shell hears of its end through
-    // didProcess. Paths that do not exist are dropped. Does nothing while a
-    // batch runs.
+    // Starts a batch and returns at once; the input is listed on the batch
+    // thread, and the shell hears of its end through didProcess. Paths that do
+    // not exist are reported and left out. Does nothing while a batch runs.
+    // The batch works with a copy of the renamer taken here, so the scheme
+    // may be edited while it runs.
     void processFiles(const QStringList& paths, const ProcessingRequest& request, const QString& outputDir,
                       std::uint32_t creator, const BatchOptions& options);
     // Blocks until the running batch (if any) has finished.
     void waitForFinished();
     bool isRunning() const;
 
-    // Processes one file on the calling thread into the private temporary
-    // folder, replacing an older result there. Returns the output path, or
-    // none when nothing was written. The clipboard flag belongs to the desktop
-    // shell, which puts the result on the clipboard itself; it is accepted and
-    // otherwise ignored here.
-    std::optional<QString> processSingleFile(const QString& path, const ProcessingRequest& request,
-                                             bool toClipboard, const BatchOptions& options = {});
+    // Told the output path of a single-file run, or none when nothing was
+    // written; called on the batch thread as the run's last act.
+    using SingleFileDone = std::function<void(const std::optional<QString>&)>;
+    // Processes one file into the private temporary folder, replacing an older
+    // result there, on the batch thread as a batch would, and returns at once.
+    // The run counts as a batch for isRunning() until `done` is called. The
+    // clipboard flag belongs to the desktop shell, which puts the result on
+    // the clipboard itself; it is accepted and otherwise ignored here. Returns
+    // false, and does nothing, while a batch runs.
+    bool processSingleFile(const QString& path, const ProcessingRequest& request, bool toClipboard,
+                           const BatchOptions& options, SingleFileDone done);
 
     // All act between files: the file in hand is always finished. pause()
     // toggles and returns true when the batch is now paused; resume() undoes a
@@ -70,22 +77,16 @@ class ImageProcessor {
     static std::optional<QString> createTmpFolder();
     static void removeTmpFolder();
 
-    // The workers for the given files and folders: one for the files, then a
-    // pre-order walk of the folders. Symbolic links are followed, but a folder
-    // met again (a link to an ancestor, or the same folder twice) is not
-    // entered a second time: `log` gets a warning instead.
-    static std::vector<ImageProcessorHelper> makeHelpers(const QStringList& files,
-                                                         const QStringList& directories,
-                                                         const QString& outputDir, ActivityLog& log);
-    // Existing non-folders and existing folders of the list, in order.
-    static QStringList filesFromPaths(const QStringList& paths);
-    static QStringList directoriesFromPaths(const QStringList& paths);
-    // Every entry of the folder, hidden ones included, as full paths.
-    static QStringList directoryContentsAtPath(const QString& path);
-
   private:
     struct Batch;
+    // Starts `work` on a new batch thread unless one runs; returns whether it did.
+    bool start(const std::shared_ptr<BatchGate>& gate, std::function<void()> work);
+    void finish();
     void runBatch(Batch& batch);
+    void runWorkers(Batch& batch);
+    void reportEnd(Batch& batch);
+    void runSingleFile(const QString& path, const ProcessingRequest& request, const BatchOptions& options,
+                       Renamer& renamer, const SingleFileDone& done);
 
     BatchShell& m_shell;
     Renamer& m_renamer;

@@ -3,6 +3,7 @@
 #include "app/widgets/sheets/foldernamesheet.h"
 
 #include <QDialog>
+#include <QDirIterator>
 
 #include <thread>
 
@@ -15,6 +16,14 @@ class AppControllerTest : public GuiTest {};
 
 QStringList filesIn(const QString& folder) {
     return QDir(folder).entryList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+}
+
+// Every file under the folder, at any depth.
+QStringList batchFiles(const QString& folder) {
+    QStringList found;
+    for (QDirIterator it(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories); it.hasNext();)
+        found.append(it.next());
+    return found;
 }
 
 TEST_F(AppControllerTest, ClutterQuestionOnlyForMoreThanThreePathsOnTheDesktop) {
@@ -190,15 +199,21 @@ TEST_F(AppControllerTest, EngineMessagesComeUpAsSheetsBeforeTheCompletionLine) {
 TEST_F(AppControllerTest, SingleFileOptionsUseTheClipboardOrTheViewerButNeverForAFolder) {
     const QStringList pictures = makePictures(in(), 1);
     models->defaults().setInt("SingleFile", 2);
+    bool busy = false;
+    QObject::connect(controller.get(), &AppController::processingChanged,
+                     [&busy](bool processing) { busy = busy || processing; });
     controller->processFiles(pictures);
+    // The run goes on off the main thread; the window is idle again after it.
+    EXPECT_TRUE(busy);
+    ASSERT_TRUE(waitForIdle());
     ASSERT_EQ(desktop.copied.size(), 1);
     EXPECT_TRUE(desktop.copied.first().endsWith("/pic00.jpg"));
-    EXPECT_TRUE(waitFor([this] { return controller->status() == "Copied to Clipboard"; }));
-    // The flag stays up until the next batch ends.
-    EXPECT_TRUE(controller->isProcessing());
+    EXPECT_EQ(controller->status(), "Copied to Clipboard");
+    EXPECT_FALSE(controller->isProcessing());
 
     models->defaults().setInt("SingleFile", 3);
     controller->processFiles(pictures);
+    ASSERT_TRUE(waitForIdle());
     EXPECT_EQ(desktop.opened, desktop.copied);
 
     // A lone folder is a batch whatever the preference says.
@@ -211,6 +226,63 @@ TEST_F(AppControllerTest, SingleFileOptionsUseTheClipboardOrTheViewerButNeverFor
     EXPECT_EQ(filesIn(AppController::desktopFolder()), QStringList{"pic00.jpg"});
     EXPECT_EQ(controller->outputFolder(), AppController::desktopFolder());
     QDir(AppController::desktopFolder()).removeRecursively();
+}
+
+TEST_F(AppControllerTest, QuittingDuringASingleFileRunWaitsForItAndOpensNothing) {
+    const QStringList pictures = makePictures(in(), 1, 600);
+    models->defaults().setInt("SingleFile", 3);
+    bool ready = false;
+    QObject::connect(controller.get(), &AppController::readyToQuit, [&ready] { ready = true; });
+    controller->processFiles(pictures);
+    if (!controller->requestQuit()) {
+        ASSERT_TRUE(waitFor([&ready] { return ready; }));
+    }
+    ASSERT_TRUE(waitForIdle());
+    EXPECT_TRUE(desktop.opened.isEmpty());
+}
+
+// The sheet comes up before the input is counted, with no total; the total
+// follows, and paths that are not there are named in the log.
+TEST_F(AppControllerTest, ProgressSheetShowsBeforeTheTotalAndMissingPathsAreLogged) {
+    makePictures(in("trip"), 3);
+    QList<int> maximums;
+    int maximumWhenShown = 0;
+    QObject::connect(controller.get(), &AppController::progressChanged,
+                     [&maximums](int, int maximum) { maximums.append(maximum); });
+    QObject::connect(controller.get(), &AppController::progressSheetShown, [&](bool shown) {
+        if (shown)
+            maximumWhenShown = controller->progressMaximum();
+    });
+    ASSERT_TRUE(runBatch({in("gone.jpg"), in("trip")}));
+    EXPECT_EQ(maximumWhenShown, BatchShell::UnknownTotal);
+    ASSERT_FALSE(maximums.isEmpty());
+    EXPECT_EQ(maximums.first(), BatchShell::UnknownTotal);
+    EXPECT_TRUE(maximums.contains(3));
+    EXPECT_EQ(controller->status(), "Processing Completed (3 files processed)");
+    EXPECT_TRUE(models->log().text().startsWith("Unable to find '" + in("gone.jpg") + "'\n"));
+    EXPECT_EQ(filesIn(o("trip")).size(), 3);
+
+    ASSERT_TRUE(runBatch({in("gone.jpg")}));
+    EXPECT_EQ(models->log().text(), "Unable to find '" + in("gone.jpg") + "'\n");
+}
+
+// Quitting straight after a drop lands while the batch lists a large tree:
+// the listing stops, nothing is written, and the window may close.
+TEST_F(AppControllerTest, QuittingWhileTheInputIsListedEndsTheBatchWithoutWriting) {
+    for (int folder = 0; folder < 10; ++folder) {
+        QDir().mkpath(in(QStringLiteral("big/%1").arg(folder)));
+        for (int i = 0; i < 200; ++i)
+            testsupport::writeFile(in(QStringLiteral("big/%1/%2.txt").arg(folder).arg(i)), "x");
+    }
+    bool ready = false;
+    QObject::connect(controller.get(), &AppController::readyToQuit, [&ready] { ready = true; });
+    controller->processFiles({in("big")});
+    if (!controller->requestQuit()) {
+        ASSERT_TRUE(waitFor([&ready] { return ready; }));
+    }
+    ASSERT_TRUE(waitForIdle());
+    EXPECT_TRUE(controller->status().startsWith("Cancelled")) << controller->status().toStdString();
+    EXPECT_TRUE(batchFiles(out).isEmpty());
 }
 
 TEST_F(AppControllerTest, PathsOpenedTogetherFormOneBatchAndTheLogKeepsTheirLines) {

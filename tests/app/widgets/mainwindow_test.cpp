@@ -49,6 +49,12 @@ TEST_F(MainWindowTest, DroppedPicturesRunUnderTheProgressSheetAndEndInTheStatusL
     testsupport::writeFile(o("pic01.jpg"), "old");
     bool sheetUp = false;
     int barValue = -1;
+    int barMaximumAtFirst = -1;
+    auto* bar = window->progressSheet()->findChild<QProgressBar*>("progressBar");
+    QObject::connect(controller.get(), &AppController::progressSheetShown, [&](bool shown) {
+        if (shown)
+            barMaximumAtFirst = bar->maximum();
+    });
     sheets.setAnswerHook([&](const SheetRequest&) {
         sheetUp = window->progressSheet()->isVisible();
         barValue = window->progressSheet()->findChild<QProgressBar*>("progressBar")->value();
@@ -57,7 +63,10 @@ TEST_F(MainWindowTest, DroppedPicturesRunUnderTheProgressSheetAndEndInTheStatusL
     drop(pictures);
     ASSERT_TRUE(waitForIdle());
     EXPECT_TRUE(sheetUp);
+    // Busy until the files are counted, then one step a file.
+    EXPECT_EQ(barMaximumAtFirst, 0);
     EXPECT_EQ(barValue, 1);
+    EXPECT_EQ(bar->maximum(), 3);
     EXPECT_FALSE(window->progressSheet()->isVisible());
     EXPECT_EQ(window->findChild<QLabel*>("statusLine")->text(), "Processing Completed (3 files processed)");
 
@@ -67,6 +76,16 @@ TEST_F(MainWindowTest, DroppedPicturesRunUnderTheProgressSheetAndEndInTheStatusL
     QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &text, Qt::LeftButton, Qt::NoModifier);
     QCoreApplication::sendEvent(window->findChild<QWidget*>("dropArea"), &enter);
     EXPECT_FALSE(enter.isAccepted());
+}
+
+TEST_F(MainWindowTest, SingleFileRunLeavesTheWindowIdle) {
+    const QStringList pictures = makePictures(in(), 1);
+    models->defaults().setInt("SingleFile", 2);
+    drop(pictures);
+    ASSERT_TRUE(waitForIdle());
+    ASSERT_EQ(desktop.copied.size(), 1);
+    for (const char* name : {"actionOpen", "actionWatermarks", "actionRename"})
+        EXPECT_TRUE(window->findChild<QAction*>(name)->isEnabled()) << name;
 }
 
 TEST_F(MainWindowTest, DestinationMenuRemovesAndChoosesEntries) {

@@ -54,14 +54,15 @@ inline QString entries(const QString& root) {
 
 } // namespace batchtree
 
-// A BatchShell that records every call as one line of text, in order: "begin N", "end", "status TEXT",
-// "log TEXT", "warn TEXT", "confirm PATH", "overwrite", "message TITLE: TEXT", "done P of T".
+// A BatchShell that records every call as one line of text, in order: "begin N", "total N", "end", "status
+// TEXT", "log TEXT", "warn TEXT", "confirm PATH", "overwrite", "message TITLE: TEXT", "done P of T".
 class RecordingShell : public BatchShell {
   public:
     std::function<int(const QString&)> answer = [](const QString&) { return int(Skip); };
     std::function<void(const QString&)> onStatus;
 
     void beginProgressSheet(int total) override { add(QStringLiteral("begin %1").arg(total)); }
+    void setProgressTotal(int total) override { add(QStringLiteral("total %1").arg(total)); }
     void endProgressSheet() override { add(QStringLiteral("end")); }
     void setStatus(const QString& text, const std::optional<vips::VImage>&) override {
         add(QStringLiteral("status ") + text);

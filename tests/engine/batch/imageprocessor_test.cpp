@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <future>
+#include <set>
 #include <sys/stat.h>
 #include <thread>
 
@@ -51,11 +53,12 @@ TEST_F(BatchTest, LooseFilesGiveOneWorkerAndEachFileItsLinesInOrder) {
     renamer.setPrefix(QStringLiteral("2005/02/")); // a slash cannot be in a file name: it is written as ':'
     batchtree::picture(p("a.png"), 80, 60);
     batchtree::text(p("notes.txt"));
-    EXPECT_EQ(run({p("a.png"), p("notes.txt"), p("missing.png")}),
-              (QStringList{"begin 2", "log Processing 'a.png'\n", "log \tDimension: 40 x 30\n",
-                           "log \tJPEG quality: 80\n", "log \tFilename: " + o("2005:02:a.jpg") + "\n",
-                           "status Processing 'a.png'", "log Skipping 'notes.txt'\n",
-                           "status Skipping 'notes.txt'", "end", "done 2 of 2"}));
+    EXPECT_EQ(
+        run({p("a.png"), p("notes.txt"), p("missing.png")}),
+        (QStringList{"begin -1", "warn Unable to find '" + p("missing.png") + "'\n", "total 2",
+                     "log Processing 'a.png'\n", "log \tDimension: 40 x 30\n", "log \tJPEG quality: 80\n",
+                     "log \tFilename: " + o("2005:02:a.jpg") + "\n", "status Processing 'a.png'",
+                     "log Skipping 'notes.txt'\n", "status Skipping 'notes.txt'", "end", "done 2 of 2"}));
     const vips::VImage written =
         vips::VImage::new_from_file(QFile::encodeName(o("2005:02:a.jpg")).constData());
     EXPECT_EQ(std::pair(written.width(), written.height()), std::pair(40, 30));
@@ -64,7 +67,7 @@ TEST_F(BatchTest, LooseFilesGiveOneWorkerAndEachFileItsLinesInOrder) {
 
 TEST_F(BatchTest, EmptyFolderStillGetsItsOutputFolderAndCompletesZeroOfZero) {
     QDir().mkpath(p("empty"));
-    EXPECT_EQ(run({p("empty")}), (QStringList{"begin 0", "end", "done 0 of 0"}));
+    EXPECT_EQ(run({p("empty")}), (QStringList{"begin -1", "total 0", "end", "done 0 of 0"}));
     EXPECT_TRUE(QFileInfo(o("empty")).isDir());
 }
 
@@ -75,7 +78,7 @@ TEST_F(BatchTest, TreeIsMirroredAndHiddenAndOtherFilesAreCopied) {
     batchtree::text(p("a/b/readme.md"));
     options.copyNonImageFiles = true;
     const QStringList calls = run({p("a")});
-    EXPECT_EQ(calls.first(), "begin 4");
+    EXPECT_EQ(calls.mid(0, 2), (QStringList{"begin -1", "total 4"}));
     EXPECT_EQ(calls.last(), "done 4 of 4");
     EXPECT_EQ(batchtree::entries(out), "a a/.DS_Store a/b a/b/c a/b/c/deep.jpg a/b/readme.md a/top.jpg");
     EXPECT_EQ(testsupport::readFile(o("a/.DS_Store")), "bud1");
@@ -460,6 +463,119 @@ TEST_F(BatchTest, AGeometryFailureIsThatFilesAlone) {
         << calls.join('|').toStdString();
     EXPECT_TRUE(calls.filter(QStringLiteral("Unable to write")).isEmpty());
     EXPECT_EQ(calls.last(), "done 1 of 1");
+}
+
+} // namespace
+
+namespace {
+
+// Holds the batch thread in its first call until let go, and notes which
+// threads the calls come from.
+class HeldShell : public RecordingShell {
+  public:
+    void beginProgressSheet(int total) override {
+        RecordingShell::beginProgressSheet(total);
+        note();
+        m_release.wait();
+    }
+    void writeWarningActivity(const QString& line) override {
+        RecordingShell::writeWarningActivity(line);
+        note();
+    }
+    void didProcess(int processed, int total) override {
+        RecordingShell::didProcess(processed, total);
+        note();
+    }
+    void release() { m_go.set_value(); }
+    std::set<std::thread::id> threads() const {
+        std::lock_guard lock(m_mutex);
+        return m_threads;
+    }
+
+  private:
+    void note() {
+        std::lock_guard lock(m_mutex);
+        m_threads.insert(std::this_thread::get_id());
+    }
+    std::promise<void> m_go;
+    std::shared_future<void> m_release = m_go.get_future().share();
+    mutable std::mutex m_mutex;
+    std::set<std::thread::id> m_threads;
+};
+
+// The caller gets control back before anything is listed; a cancel then
+// ends the listing at once, with no total and no folder made.
+TEST_F(BatchTest, StartReturnsBeforeTheListingAndACancelDuringItEndsTheBatch) {
+    for (const char* name : {"tree/a/1.png", "tree/b/2.png"})
+        batchtree::picture(p(name), 8, 8);
+    HeldShell held;
+    ImageProcessor job(held, renamer);
+    job.processFiles({p("gone.png"), p("tree")}, ProcessingRequest::fromRecord(params), out, 0, options);
+    EXPECT_TRUE(job.isRunning());
+    EXPECT_TRUE(held.calls("warn ").isEmpty()) << "listed on the caller's thread";
+    job.cancel();
+    held.release();
+    job.waitForFinished();
+    EXPECT_EQ(held.calls(), (QStringList{"begin -1", "warn Unable to find '" + p("gone.png") + "'\n", "end",
+                                         "done 0 of -1"}));
+    EXPECT_FALSE(QFileInfo::exists(out));
+    EXPECT_EQ(held.threads().size(), 1u);
+    EXPECT_EQ(held.threads().count(std::this_thread::get_id()), 0u);
+}
+
+// Many loose files are sorted out in stretches, with a look at the cancel
+// between them, as the entries of a large folder are.
+TEST_F(BatchTest, CancelReachesTheListingOfALongListOfPaths) {
+    QStringList paths;
+    for (int i = 0; i < 1000; ++i) {
+        paths.append(p(QStringLiteral("f%1.txt").arg(i)));
+        batchtree::text(paths.last());
+    }
+    HeldShell held;
+    ImageProcessor job(held, renamer);
+    job.processFiles(paths, ProcessingRequest::fromRecord(params), out, 0, options);
+    job.cancel();
+    held.release();
+    job.waitForFinished();
+    EXPECT_EQ(held.calls(), (QStringList{"begin -1", "end", "done 0 of -1"}));
+}
+
+TEST_F(BatchTest, TheBatchKeepsTheNamingSchemeItStartedWith) {
+    renamer.setType(Renamer::PrefixSuffix);
+    renamer.setPrefix(QStringLiteral("old-"));
+    for (const char* name : {"a.png", "b.png", "c.png"})
+        batchtree::picture(p(name), 8, 8);
+    // The scheme is edited after the first file, as the user may while a batch runs.
+    shell.onStatus = [this](const QString&) { renamer.setPrefix(QStringLiteral("new-")); };
+    run({p("a.png"), p("b.png"), p("c.png")});
+    EXPECT_EQ(batchtree::entries(out), "old-a.jpg old-b.jpg old-c.jpg");
+    EXPECT_EQ(renamer.prefix(), "new-");
+}
+
+TEST_F(BatchTest, SingleFileRunWorksOnTheBatchThreadAndHandsItsOutputBack) {
+    batchtree::picture(p("one.png"), 80, 60);
+    batchtree::text(p("notes.txt"));
+    ImageProcessor job(shell, renamer);
+    std::promise<std::pair<std::optional<QString>, std::thread::id>> result;
+    ASSERT_TRUE(
+        job.processSingleFile(p("one.png"), ProcessingRequest::fromRecord(params), true, options, [&](const std::optional<QString>& output) {
+            result.set_value({output, std::this_thread::get_id()});
+        }));
+    const auto [output, thread] = result.get_future().get();
+    job.waitForFinished();
+    ASSERT_TRUE(output);
+    EXPECT_NE(thread, std::this_thread::get_id());
+    EXPECT_EQ(QFileInfo(*output).fileName(), "one.jpg");
+    EXPECT_EQ(vips::VImage::new_from_file(QFile::encodeName(*output).constData()).width(), 40);
+    EXPECT_TRUE(shell.calls().contains("status Processing one.png"));
+
+    // Not a picture: nothing written, and the job is free for the next run.
+    std::promise<std::optional<QString>> none;
+    ASSERT_TRUE(job.processSingleFile(p("notes.txt"), ProcessingRequest::fromRecord(params), false, options,
+                                      [&](const std::optional<QString>& out) { none.set_value(out); }));
+    EXPECT_FALSE(none.get_future().get());
+    job.waitForFinished();
+    EXPECT_FALSE(job.isRunning());
 }
 
 } // namespace

@@ -44,7 +44,12 @@ ProgressSheet::ProgressSheet(AppController& controller, QWidget* parent)
         m_file->setText(m_file->fontMetrics().elidedText(text, Qt::ElideMiddle, m_file->width()));
     });
     connect(&controller, &AppController::progressChanged, this, [this](int value, int maximum) {
-        m_bar->setMaximum(std::max(maximum, 1));
+        // A busy bar while the batch is still counting its files.
+        if (maximum == BatchShell::UnknownTotal) {
+            m_bar->setRange(0, 0);
+            return;
+        }
+        m_bar->setRange(0, std::max(maximum, 1));
         m_bar->setValue(std::min(value, std::max(maximum, 1)));
     });
 }
