@@ -15,6 +15,9 @@ namespace quillet {
 struct SheetAnswer {
     int code = 0;
     QString text;
+    // Closed from its title bar (the window manager's close button) rather
+    // than answered with a button or a key; `code` then holds the safe answer.
+    bool closed = false;
 };
 
 // One modal question. The dialog is built on the main thread when the
@@ -29,6 +32,9 @@ struct SheetRequest {
     std::function<SheetAnswer(QDialog* dialog, int result)> readAnswer;
     // Closes the dialog by itself after this many seconds (0: never).
     double timeout = 0;
+    // The dialog outlives the question (a panel made once and shown again):
+    // it is hidden when answered, not deleted.
+    bool keepDialog = false;
 };
 
 } // namespace quillet
