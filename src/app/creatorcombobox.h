@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QComboBox>
+#include "app/views/commandcombobox.h"
 
 namespace quillet {
 
@@ -9,7 +9,7 @@ class AppController;
 // The creator menu as a pop-up button: "None", the stored creators, a blank
 // item, "Remove Selected Entry" and "Choose an Application ...". The choices
 // go to the controller's CreatorMenu; the menu is rebuilt from it after each.
-class CreatorComboBox : public QComboBox {
+class CreatorComboBox : public CommandComboBox {
     Q_OBJECT
   public:
     explicit CreatorComboBox(AppController& controller, QWidget* parent = nullptr);
