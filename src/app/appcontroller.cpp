@@ -67,6 +67,9 @@ AppController::~AppController() {
     m_sheets.dismissAll(BatchShell::Skip);
     m_job->cancel();
     m_job.reset();
+    // A panel made without a window has no owner but this.
+    if (m_renamePanel && !m_renamePanel->parent())
+        delete m_renamePanel.data();
 }
 
 QString AppController::desktopFolder() {
@@ -106,11 +109,14 @@ void AppController::chooseCreator() {
 void AppController::setupRename() {
     SheetRequest request;
     request.title = tr("Rename");
+    // One panel for the application's life: the pages keep what they show.
+    request.keepDialog = true;
     request.makeDialog = [this](QWidget* window) {
         m_renamer.readFromDefaults(*m_store);
-        auto* panel = new RenamePanel(m_renamer, window);
-        panel->showScheme();
-        return panel;
+        if (!m_renamePanel)
+            m_renamePanel = new RenamePanel(m_renamer, window);
+        m_renamePanel->showScheme();
+        return m_renamePanel.data();
     };
     request.readAnswer = [](QDialog*, int result) {
         return SheetAnswer{result == QDialog::Accepted ? 1 : 0, {}};

@@ -11,6 +11,7 @@
 
 #include <QImage>
 #include <QObject>
+#include <QPointer>
 #include <QSettings>
 
 #include <memory>
@@ -18,6 +19,7 @@
 namespace quillet {
 
 class DesktopServices;
+class RenamePanel;
 class Sheets;
 
 // The state the main window shows and the batch control behind it: takes the
@@ -120,6 +122,8 @@ class AppController : public QObject {
     ActivityLogModel m_log;
     GuiShell m_shell;
     std::unique_ptr<ImageProcessor> m_job;
+    // Made the first time it is shown, as a child of the window.
+    QPointer<RenamePanel> m_renamePanel;
 
     QStringList m_queue;
     bool m_starting = false;

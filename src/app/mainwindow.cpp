@@ -7,11 +7,12 @@
 #include "app/progresssheet.h"
 #include "app/settingspanel.h"
 #include "app/sheets.h"
+#include "app/views/commandcombobox.h"
+#include "app/views/wheelguard.h"
 #include "app/windowtitle.h"
 
 #include <QAction>
 #include <QCloseEvent>
-#include <QComboBox>
 #include <QDir>
 #include <QGridLayout>
 #include <QGuiApplication>
@@ -37,7 +38,7 @@ QString displayPath(const QString& path) {
 
 MainWindow::MainWindow(AppController& controller, QWidget* parent)
     : QMainWindow(parent), m_controller(controller), m_dropArea(new DropArea(this)),
-      m_destinations(new QComboBox(this)), m_settings(new SettingsPanel(controller, this)),
+      m_destinations(new CommandComboBox(this)), m_settings(new SettingsPanel(controller, this)),
       m_progress(new ProgressSheet(controller, this)),
       m_log(new ActivityLogWindow(controller.log(), controller.defaults(), this)) {
     setObjectName(QStringLiteral("mainWindow"));
@@ -46,6 +47,8 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
     m_destinations->setObjectName(QStringLiteral("destinationMenu"));
     m_destinations->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     m_destinations->setMinimumContentsLength(28);
+    // Nothing to scroll here: the wheel only acts once the menu has the focus.
+    (new WheelGuard(nullptr, this))->guard(m_destinations);
 
     auto* destinationLabel = new QLabel(tr("Output to:"), this);
     destinationLabel->setBuddy(m_destinations);
@@ -67,7 +70,9 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
     buildMenus();
     rebuildDestinationMenu();
 
-    setMinimumSize(720, 450);
+    // The least width is what the drop hint and the settings column need,
+    // which the layout knows; the height never goes below 450.
+    central->setMinimumHeight(450 - menuBar()->sizeHint().height());
     resize(980, 780);
     const QByteArray frame = controller.defaults().value(QLatin1String(FrameKey)).toByteArray();
     if (!frame.isEmpty())
@@ -76,6 +81,11 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
     connect(m_dropArea, &DropArea::pathsDropped, &controller, &AppController::processFiles);
     connect(m_destinations, &QComboBox::activated, this, &MainWindow::destinationChosen);
     connect(&controller, &AppController::progressSheetShown, this, [this](bool shown) {
+        // The sheet is not modal (closing the window must reach it), so the
+        // window's inputs rest while it is up.
+        for (QWidget* input : {static_cast<QWidget*>(m_dropArea), static_cast<QWidget*>(m_destinations),
+                               static_cast<QWidget*>(m_settings)})
+            input->setEnabled(!shown);
         if (shown)
             m_controller.sheets().beginSheet(m_progress);
         else
@@ -96,6 +106,7 @@ MainWindow::MainWindow(AppController& controller, QWidget* parent)
 
 MainWindow::~MainWindow() {
     m_controller.sheets().setWindow(nullptr);
+    m_controller.sheets().setQuitAction(nullptr);
 }
 
 void MainWindow::buildMenus() {
@@ -109,7 +120,10 @@ void MainWindow::buildMenus() {
     file->addSeparator();
     QAction* quit = file->addAction(tr("&Quit"), this, &QWidget::close);
     quit->setObjectName(QStringLiteral("actionQuit"));
-    quit->setShortcut(QKeySequence::Quit);
+    // Platforms whose key scheme has no Quit binding still get Ctrl+Q.
+    const QList<QKeySequence> quitKeys = QKeySequence::keyBindings(QKeySequence::Quit);
+    quit->setShortcuts(quitKeys.isEmpty() ? QList<QKeySequence>{QKeySequence(tr("Ctrl+Q"))} : quitKeys);
+    m_controller.sheets().setQuitAction(quit);
 
     QMenu* settings = menuBar()->addMenu(tr("&Settings"));
     QAction* watermarks =
@@ -175,8 +189,8 @@ void MainWindow::rebuildDestinationMenu() {
         m_destinations->setItemData(m_destinations->count() - 1, entry, Qt::ToolTipRole);
     }
     m_destinations->insertSeparator(m_destinations->count());
-    m_destinations->addItem(tr("Remove Selected Entry"));
-    m_destinations->addItem(tr("Choose a Folder ..."));
+    m_destinations->addCommand(tr("Remove Selected Entry"));
+    m_destinations->addCommand(tr("Choose a Folder ..."));
     m_destinations->setCurrentIndex(m_controller.destinations().selectedIndex());
 }
 

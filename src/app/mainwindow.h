@@ -5,13 +5,13 @@
 #include <optional>
 
 class QAction;
-class QComboBox;
 class QLabel;
 
 namespace quillet {
 
 class ActivityLogWindow;
 class AppController;
+class CommandComboBox;
 class DropArea;
 class ProgressSheet;
 class SettingsPanel;
@@ -51,7 +51,7 @@ class MainWindow : public QMainWindow {
     AppController& m_controller;
     DropArea* m_dropArea;
     // Made in reading order, which is the keyboard's tab order.
-    QComboBox* m_destinations;
+    CommandComboBox* m_destinations;
     SettingsPanel* m_settings;
     QLabel* m_thumbnail = nullptr;
     QLabel* m_status = nullptr;

@@ -4,6 +4,7 @@
 #include "app/creatorcombobox.h"
 #include "app/fileoptionsbox.h"
 #include "app/settingscontrols.h"
+#include "app/views/wheelguard.h"
 #include "app/watermarkwindow.h"
 #include "settings/settingsschema.h"
 
@@ -11,6 +12,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 namespace quillet {
@@ -39,7 +41,9 @@ SettingsPanel::SettingsPanel(AppController& controller, QWidget* parent)
     layout->addWidget(m_fileOptions);
     layout->addStretch(1);
     setWidget(content);
-    setMinimumWidth(content->sizeHint().width() + 24);
+    // Turning the wheel over the column scrolls it; a control changes only
+    // once clicked or tabbed into.
+    (new WheelGuard(this, this))->guardControlsIn(content);
 
     connect(m_controls, &SettingsControls::automaticRotationChosen, &controller,
             &AppController::showAutoRotateHint);
@@ -79,6 +83,12 @@ void SettingsPanel::showWatermarks() {
 void SettingsPanel::setToolTipsHidden(bool hidden) {
     m_controls->setToolTipsHidden(hidden);
     m_watermarks->setToolTipsHidden(hidden);
+}
+
+QSize SettingsPanel::minimumSizeHint() const {
+    const int width =
+        widget()->minimumSizeHint().width() + verticalScrollBar()->sizeHint().width() + 2 * frameWidth();
+    return QSize(width, QScrollArea::minimumSizeHint().height());
 }
 
 void SettingsPanel::refresh() {

@@ -30,6 +30,9 @@ class SettingsPanel : public QScrollArea {
     void showWatermarks();
     // Reads the stored file options and renaming scheme again.
     void refresh();
+    // As wide as the controls at their least with the scroll bar beside them:
+    // the column scrolls up and down, never sideways.
+    QSize minimumSizeHint() const override;
 
   private:
     QWidget* buildButtons();
