@@ -113,9 +113,13 @@ std::optional<QString> Renamer::examples() const {
     }
     const KVImageInfo* info = sample ? &*sample : nullptr;
     const std::optional<QString> first = nameFromInputName(QStringLiteral("infile1"), info, 0);
-    const std::optional<QString> second = nameFromInputName(QStringLiteral("infile2"), info, 1);
+    std::optional<QString> second = nameFromInputName(QStringLiteral("infile2"), info, 1);
     if (!first || !second)
         return std::nullopt;
+    // Both date samples were taken at the sample date: the second shows the
+    // name a picture of the same moment gets, with the chosen separator.
+    if (m_type == Date && *second == *first)
+        *second += conflictResolverForIndex(1);
     return *first + QStringLiteral(", ") + *second;
 }
 

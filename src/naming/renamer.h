@@ -50,6 +50,7 @@ class Renamer {
     QString conflictResolverForIndex(int n) const;
     int renameType() const { return m_type; }
     // "infile1"'s and "infile2"'s names joined by ", ", or nothing for type 0.
+    // The date samples share one date, so the second gets the clash suffix.
     std::optional<QString> examples() const;
     // "e.g. <examples> ...", or empty for type 0: the panel's example line.
     QString examplesLine() const;

@@ -2,6 +2,7 @@
 
 #include "settings/presetnames.h"
 #include "settings/settingsschema.h"
+#include "support/settingsstore.h"
 
 #include <QSettings>
 
@@ -116,7 +117,7 @@ bool PresetStore::save(QSettings& settings) const {
     QVariantList list;
     for (const ProcessingParams& preset : m_presets)
         list.append(preset.values());
-    settings.setValue(QLatin1String(PresetsKey), list);
+    SettingsStore::setValue(settings, QLatin1String(PresetsKey), list);
     settings.sync();
     return settings.status() == QSettings::NoError;
 }

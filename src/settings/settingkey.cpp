@@ -159,10 +159,11 @@ std::optional<QVariant> SettingKey::checked(const QVariant& value) const {
         return out;
     }
     case SettingType::CreatorList: {
-        if (value.typeId() != QMetaType::QVariantList)
+        const auto list = listOf(value);
+        if (!list)
             return std::nullopt;
         QVariantList out;
-        for (const QVariant& item : value.toList()) {
+        for (const QVariant& item : *list) {
             const auto c = creator(item);
             if (!c)
                 return std::nullopt;
@@ -177,11 +178,14 @@ std::optional<QVariant> SettingKey::checked(const QVariant& value) const {
             if (record.typeId() != QMetaType::QVariantMap)
                 return std::nullopt;
         return value;
-    case SettingType::RecordList:
+    case SettingType::RecordList: {
         // The records themselves are checked by the preset store, one by one.
+        if (value.typeId() == QMetaType::QString && value.toString().isEmpty())
+            return QVariantList{};
         if (value.typeId() != QMetaType::QVariantList)
             return std::nullopt;
         return value;
+    }
     }
     return std::nullopt;
 }

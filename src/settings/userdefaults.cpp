@@ -1,10 +1,20 @@
 #include "settings/userdefaults.h"
 
 #include "settings/settingsschema.h"
+#include "support/settingsstore.h"
 
 #include <QSettings>
 
 namespace quillet {
+
+namespace {
+
+bool isList(SettingType type) {
+    return type == SettingType::IntList || type == SettingType::StringList ||
+           type == SettingType::CreatorList || type == SettingType::RecordList;
+}
+
+} // namespace
 
 QVariant UserDefaults::registeredDefault(const QString& key) {
     const SettingKey* entry = SettingsSchema::find(key);
@@ -15,9 +25,13 @@ QVariant UserDefaults::value(const QString& key) const {
     const SettingKey* entry = SettingsSchema::find(key);
     if (!m_store.contains(key))
         return entry && entry->registered ? entry->defaultValue() : QVariant();
-    const QVariant stored = m_store.value(key);
+    QVariant stored = m_store.value(key);
     if (!entry)
         return stored;
+    // Older stores hold an empty list as @Invalid(), which reads as no value;
+    // lists are now written as empty text, which reads as an empty list.
+    if (!stored.isValid() && isList(entry->type))
+        stored = QString();
     if (const auto good = entry->checked(stored))
         return *good;
     const QString problem = entry->refusal(stored);
@@ -45,7 +59,7 @@ QStringList UserDefaults::stringList(const QString& key) const {
 }
 
 void UserDefaults::setValue(const QString& key, const QVariant& value) {
-    m_store.setValue(key, value);
+    SettingsStore::setValue(m_store, key, value);
 }
 
 ProcessingParams UserDefaults::processingParams() const {
@@ -63,7 +77,7 @@ ProcessingParams UserDefaults::processingParams() const {
 void UserDefaults::setProcessingParams(const ProcessingParams& params) {
     for (auto it = params.values().begin(); it != params.values().end(); ++it)
         if (it.key() != QLatin1String(ParamKey::Name) && it.key() != QLatin1String(ParamKey::Id))
-            m_store.setValue(it.key(), it.value());
+            SettingsStore::setValue(m_store, it.key(), it.value());
 }
 
 } // namespace quillet

@@ -29,4 +29,11 @@ std::unique_ptr<QSettings> SettingsStore::open() {
     return std::make_unique<QSettings>(QStringLiteral("Korvane"), QStringLiteral("Quillet"));
 }
 
+void SettingsStore::setValue(QSettings& store, const QString& key, const QVariant& value) {
+    const int type = value.typeId();
+    const bool emptyList = (type == QMetaType::QVariantList && value.toList().isEmpty()) ||
+                           (type == QMetaType::QStringList && value.toStringList().isEmpty());
+    store.setValue(key, emptyList ? QVariant(QString()) : value);
+}
+
 } // namespace quillet

@@ -20,6 +20,11 @@ std::unique_ptr<QSettings> open();
 // environment / user store). Used by the command-line option --settings.
 void overridePath(const QString& iniPath);
 
+// Writes one value. QSettings writes an empty list to an INI file as
+// @Invalid(), which reads back as no value at all; an empty list is written as
+// empty text instead, which the store's list readers take for an empty list.
+void setValue(QSettings& store, const QString& key, const QVariant& value);
+
 } // namespace SettingsStore
 
 } // namespace quillet

@@ -138,7 +138,11 @@ TEST(RenamerExamples, FollowTheTypeAndUseTheSampleDate) {
     r.setPrefix(QString());
     r.setDateFormatTag(0);
     r.setDateFallbackTag(1); // never matters: the sample record has a capture date
-    EXPECT_EQ(r.examples(), QStringLiteral("2005:02:14 15:32:47, 2005:02:14 15:32:47"));
+    // Both samples share the date, so the second shows the name a clash gets.
+    r.setSuffix(QStringLiteral("s"));
+    EXPECT_EQ(r.examples(), QStringLiteral("2005:02:14 15:32:47s, 2005:02:14 15:32:47s-1"));
+    r.setConflictFormatTag(2);
+    EXPECT_EQ(r.examples(), QStringLiteral("2005:02:14 15:32:47s, 2005:02:14 15:32:47s 1"));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "settings/userdefaults.h"
 #include "testsupport.h"
 
+#include <QFile>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -57,6 +58,38 @@ TEST_F(StoreTest, StoredValuesComeBackFromTheIniFileInTheirOwnTypes) {
         EXPECT_EQ(defaults.value(key), SettingsSchema::find(key)->checked(value)) << qPrintable(key);
         EXPECT_TRUE(defaults.problems().isEmpty()) << qPrintable(defaults.problems().join(u'\n'));
     }
+}
+
+TEST_F(StoreTest, AnEmptyListReadsBackAsAnEmptyList) {
+    // Written by the program (the record's fields, the menus' lists), and as
+    // older stores hold it: @Invalid(), which QSettings reads as no value.
+    const QStringList keys{QLatin1String(K::DynWatermarkFields), QStringLiteral("Destinations"),
+                           QStringLiteral("Creators"), QStringLiteral("ResolutionSet")};
+    {
+        const auto store = ini();
+        UserDefaults defaults(*store);
+        ProcessingParams record = ProcessingParams::defaults();
+        record.setIntList(K::DynWatermarkFields, {});
+        defaults.setProcessingParams(record);
+        defaults.setValue(QStringLiteral("Destinations"), QStringList());
+        defaults.setValue(QStringLiteral("Creators"), QVariantList());
+    }
+    {
+        QFile file(dir.filePath(QStringLiteral("s.ini")));
+        ASSERT_TRUE(file.open(QIODevice::Append));
+        file.write("ResolutionSet=@Invalid()\n");
+    }
+    const auto store = ini();
+    const UserDefaults defaults(*store);
+    for (const QString& key : keys) {
+        ASSERT_TRUE(store->contains(key)) << qPrintable(key);
+        const QVariant value = defaults.value(key);
+        EXPECT_TRUE(value.isValid()) << qPrintable(key);
+        EXPECT_TRUE(value.toList().isEmpty()) << qPrintable(key);
+    }
+    EXPECT_TRUE(defaults.stringList(QStringLiteral("ResolutionSet")).isEmpty());
+    EXPECT_TRUE(defaults.processingParams().intList(K::DynWatermarkFields).isEmpty());
+    EXPECT_TRUE(defaults.problems().isEmpty()) << qPrintable(defaults.problems().join(u'\n'));
 }
 
 TEST_F(StoreTest, AWronglyTypedOrOutOfRangeStoredValueReadsAsItsDefaultWithAMessage) {

@@ -1,5 +1,6 @@
 #include "engine/geometry/sizemath.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace quillet {
@@ -36,6 +37,18 @@ Layout wholeCanvas(SizeF picture, SizeF canvas) {
     return {canvas, {0, 0, picture.width, picture.height}, {0, 0, canvas.width, canvas.height}, false};
 }
 
+// A side computed from the picture's proportions or a percentage: rounded,
+// and never under one pixel when there is any size at all, so a tiny or very
+// thin picture still gets a canvas. A zero side (a box or a percentage of 0)
+// stays zero and is refused where the canvas is made.
+float roundedSide(float value) {
+    return value > 0 ? std::max(1.0f, roundHalfAway(value)) : roundHalfAway(value);
+}
+
+double roundedSide(double value) {
+    return value > 0 ? std::max(1.0, roundHalfAway(value)) : roundHalfAway(value);
+}
+
 bool coversPicture(SizeF picture, SizeF box) {
     return box.width >= picture.width && box.height >= picture.height;
 }
@@ -52,14 +65,14 @@ Layout toWidthLayout(SizeF picture, float width, bool downOnly) {
     if (downOnly && width >= picture.width)
         return copyLayout(picture);
     const float r = aspectRatio(picture.width, picture.height);
-    return wholeCanvas(picture, {width, roundHalfAway(width / r)});
+    return wholeCanvas(picture, {width, roundedSide(width / r)});
 }
 
 Layout toHeightLayout(SizeF picture, float height, bool downOnly) {
     if (downOnly && height >= picture.height)
         return copyLayout(picture);
     const float r = aspectRatio(picture.width, picture.height);
-    return wholeCanvas(picture, {roundHalfAway(r * height), height});
+    return wholeCanvas(picture, {roundedSide(r * height), height});
 }
 
 Layout fitLayout(SizeF picture, SizeF box, bool downOnly, bool flipForPortrait) {
@@ -68,8 +81,8 @@ Layout fitLayout(SizeF picture, SizeF box, bool downOnly, bool flipForPortrait) 
         return copyLayout(picture);
     const float r = aspectRatio(picture.width, picture.height);
     if (r > target.width / target.height)
-        return wholeCanvas(picture, {target.width, roundHalfAway(target.width / r)});
-    return wholeCanvas(picture, {roundHalfAway(r * target.height), target.height});
+        return wholeCanvas(picture, {target.width, roundedSide(target.width / r)});
+    return wholeCanvas(picture, {roundedSide(r * target.height), target.height});
 }
 
 Layout fillLayout(SizeF picture, SizeF box, bool downOnly, bool flipForPortrait) {
@@ -79,10 +92,10 @@ Layout fillLayout(SizeF picture, SizeF box, bool downOnly, bool flipForPortrait)
     const float r = aspectRatio(picture.width, picture.height);
     Layout layout = wholeCanvas(picture, target);
     if (r > target.width / target.height) {
-        const float h = roundHalfAway(target.width / r);
+        const float h = roundedSide(target.width / r);
         layout.destination = {0, (target.height - h) / 2, target.width, h};
     } else {
-        const float w = roundHalfAway(r * target.height);
+        const float w = roundedSide(r * target.height);
         layout.destination = {(target.width - w) / 2, 0, w, target.height};
     }
     return layout;
@@ -116,8 +129,8 @@ Layout cropLayout(SizeF picture, SizeF box, int cropAreaPercentage, bool flipFor
 
 Layout percentLayout(SizeF picture, int percent) {
     const double factor = percent / 100.0;
-    const SizeF canvas{float(roundHalfAway(double(picture.width) * factor)),
-                       float(roundHalfAway(double(picture.height) * factor))};
+    const SizeF canvas{float(roundedSide(double(picture.width) * factor)),
+                       float(roundedSide(double(picture.height) * factor))};
     return wholeCanvas(picture, canvas);
 }
 

@@ -1,6 +1,8 @@
 #include "app/guitest.h"
 #include "app/widgets/log/activitylogwindow.h"
+#include "app/widgets/main/droparea.h"
 #include "app/widgets/main/mainwindow.h"
+#include "app/widgets/settings/settingspanel.h"
 #include "app/widgets/sheets/progresssheet.h"
 
 #include <QAction>
@@ -9,7 +11,9 @@
 #include <QLabel>
 #include <QMimeData>
 #include <QProgressBar>
+#include <QTest>
 #include <QUrl>
+#include <QWindow>
 
 using namespace quillet;
 using namespace quillet::guitest;
@@ -103,19 +107,96 @@ TEST_F(MainWindowTest, DestinationMenuRemovesAndChoosesEntries) {
     EXPECT_EQ(asked, QStringList{"Choose a Folder"});
 }
 
-TEST_F(MainWindowTest, ClosingDuringABatchWaitsForItThenCloses) {
+TEST_F(MainWindowTest, QuitDuringAReplaceQuestionSkipsItAndCloses) {
     const QStringList pictures = makePictures(in(), 4);
     QDir().mkpath(out);
     testsupport::writeFile(o("pic00.jpg"), "old");
     controller->processFiles(pictures);
-    ASSERT_TRUE(waitFor([this] { return sheets.currentDialog() != nullptr; }));
-    // Closed at once when the cancelled batch of tiny files is already over,
-    // else when it is.
-    window->close();
+    ASSERT_TRUE(waitFor([this] { return sheets.currentDialog() && sheets.currentDialog()->isVisible(); }));
+    QDialog* question = sheets.currentDialog();
+    // The question comes up below the progress sheet, leaving the bar in sight.
+    EXPECT_TRUE(window->progressSheet()->isVisible());
+    EXPECT_FALSE(question->frameGeometry().intersects(window->progressSheet()->frameGeometry()));
+    EXPECT_GE(question->width(), 420);
+
+    // Ctrl+Q on the question answers it with Skip; the window closes once the
+    // cancelled batch is over.
+    question->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(question));
+    QTest::keyClick(question, Qt::Key_Q, Qt::ControlModifier);
     ASSERT_TRUE(waitFor([this] { return !window->isVisible(); }, 5000));
     EXPECT_FALSE(controller->isBatchRunning());
     EXPECT_TRUE(waitFor([this] { return controller->status() == "Cancelled (processed 1 of 4)"; }, 1000))
         << controller->status().toStdString();
+    EXPECT_EQ(QFile(o("pic00.jpg")).size(), 3); // skipped, not replaced
+}
+
+// A batch closed from the window manager, or with Ctrl+Q while its sheet has
+// the keyboard, stops after the file in hand and the window closes.
+class MainWindowClosing : public MainWindowTest, public ::testing::WithParamInterface<bool> {};
+
+TEST_P(MainWindowClosing, DuringABatchCancelsItAfterTheFileInHand) {
+    const bool shortcut = GetParam();
+    controller->processFiles(makePictures(in(), 30));
+    controller->pause(); // holds the batch between two files
+    ASSERT_TRUE(waitFor([this] { return window->progressSheet()->isVisible(); }));
+    ASSERT_TRUE(controller->isBatchRunning());
+    // Nothing modal stands between the window manager and the window; the
+    // window's own inputs rest while the sheet is up.
+    EXPECT_EQ(QGuiApplication::modalWindow(), nullptr);
+    EXPECT_FALSE(window->findChild<QWidget*>("dropArea")->isEnabled());
+    if (shortcut) {
+        window->progressSheet()->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window->progressSheet()));
+        QTest::keyClick(window->progressSheet(), Qt::Key_Q, Qt::ControlModifier);
+    } else {
+        window->windowHandle()->close();
+    }
+    ASSERT_TRUE(waitFor([this] { return !window->isVisible(); }, 5000));
+    EXPECT_FALSE(controller->isBatchRunning());
+    // The window may close before the completion call has arrived.
+    EXPECT_TRUE(waitFor([this] { return controller->status().startsWith("Cancelled (processed "); }, 1000))
+        << controller->status().toStdString();
+}
+
+INSTANTIATE_TEST_SUITE_P(WindowManagerAndShortcut, MainWindowClosing, ::testing::Bool());
+
+TEST_F(MainWindowTest, AtItsLeastSizeTheWindowClipsNothing) {
+    window->resize(1, 1);
+    waitFor([] { return true; }, 50);
+    EXPECT_GE(window->height(), 450);
+    for (const char* name :
+         {"dropArea", "destinationMenu", "settingsPanel", "statusLine", "statusThumbnail"}) {
+        QWidget* widget = window->findChild<QWidget*>(name);
+        ASSERT_TRUE(widget) << name;
+        EXPECT_GE(widget->width(), widget->minimumSizeHint().width()) << name;
+        EXPECT_GE(widget->height(), widget->minimumSizeHint().height()) << name;
+    }
+    // The settings scroll up and down, never sideways.
+    SettingsPanel* panel = window->settingsPanel();
+    EXPECT_GE(panel->viewport()->width(), panel->widget()->minimumSizeHint().width());
+    EXPECT_EQ(panel->widget()->width(), panel->viewport()->width());
+    // The drop hint lies whole inside its box.
+    auto* area = window->findChild<DropArea*>("dropArea");
+    const DropArea::HintLayout hint = area->hintLayout(area->size());
+    EXPECT_TRUE(QRectF(area->rect()).contains(hint.box));
+    EXPECT_TRUE(hint.box.contains(hint.title)) << hint.title.top() << " " << hint.box.top();
+    EXPECT_TRUE(hint.box.contains(hint.detail)) << hint.detail.bottom() << " " << hint.box.bottom();
+    EXPECT_GE(hint.symbolCentre.y() - 26, hint.box.top());
+}
+
+TEST_F(MainWindowTest, ActivityLogLeftOpenAtQuitOpensAgain) {
+    window->findChild<QAction*>("actionActivityLog")->trigger();
+    ASSERT_TRUE(window->activityLog()->isVisible());
+    // Quitting closes the main window, then Qt closes the application's
+    // other windows.
+    window->windowHandle()->close();
+    ASSERT_FALSE(window->isVisible());
+    window->activityLog()->windowHandle()->close();
+    EXPECT_TRUE(models->defaults().boolValue("ActivityLogVisible"));
+    MainWindow again(*controller, *models, sheets);
+    again.show();
+    EXPECT_TRUE(waitFor([&again] { return again.activityLog()->isVisible(); }, 2000));
 }
 
 TEST_F(MainWindowTest, ActivityLogMenuItemTogglesTheWindow) {

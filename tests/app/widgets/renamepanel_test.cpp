@@ -2,6 +2,7 @@
 #include "app/widgets/views/kvstepper.h"
 #include "naming/renamer.h"
 
+#include <QAbstractButton>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -69,4 +70,37 @@ TEST(RenamePanel, HeightFollowsTheSchemeWithTheTopEdgeKept) {
         EXPECT_EQ(panel.y(), 200);
         previous = panel.height();
     }
+}
+
+TEST(RenamePanel, PagesNeverSavedStartFromTheSchemeAndTheFallbackIsChosen) {
+    QTemporaryDir dir;
+    QSettings store(dir.filePath(QStringLiteral("s.ini")), QSettings::IniFormat);
+    store.setValue(QStringLiteral("SelectedRename"), Renamer::PrefixSuffix);
+    store.setValue(QStringLiteral("RenamePrefix"), QStringLiteral("trip-"));
+    store.setValue(QStringLiteral("DateFallbackTag"), 1);
+    Renamer renamer(store);
+    RenamePanel panel(renamer);
+    // One of the two fallbacks is always chosen, the stored one.
+    auto* keepName = panel.findChild<QAbstractButton*>(QStringLiteral("fallbackKeepName"));
+    auto* fileDate = panel.findChild<QAbstractButton*>(QStringLiteral("fallbackFileDate"));
+    ASSERT_TRUE(keepName && fileDate);
+    EXPECT_TRUE(keepName->isChecked());
+    EXPECT_FALSE(fileDate->isChecked());
+
+    // The date page was never saved: choosing it keeps the scheme's prefix.
+    panel.selectType(Renamer::Date);
+    EXPECT_EQ(renamer.prefix(), QStringLiteral("trip-"));
+    EXPECT_EQ(renamer.dateFallbackTag(), 1);
+    // Two pictures of the sample moment: the second gets the clash suffix.
+    EXPECT_EQ(panel.examplesText(),
+              QStringLiteral("e.g. trip-2005:02:14 15:32:47, trip-2005:02:14 15:32:47-1 ..."));
+    panel.selectType(Renamer::Sequence);
+    EXPECT_EQ(renamer.prefix(), QStringLiteral("trip-"));
+    EXPECT_EQ(panel.examplesText(), QStringLiteral("e.g. trip-0, trip-1 ..."));
+
+    // A fresh store: the file's date is the fallback on show.
+    QSettings fresh(dir.filePath(QStringLiteral("fresh.ini")), QSettings::IniFormat);
+    Renamer plain(fresh);
+    RenamePanel plainPanel(plain);
+    EXPECT_TRUE(plainPanel.findChild<QAbstractButton*>(QStringLiteral("fallbackFileDate"))->isChecked());
 }

@@ -10,6 +10,9 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QScrollBar>
+#include <QTest>
+#include <QTimer>
+#include <QWheelEvent>
 
 using namespace quillet;
 using namespace quillet::guitest;
@@ -96,6 +99,106 @@ TEST_F(SettingsPanelTest, CreatorsChosenFromApplicationsKeepTheFiveNewestAndRefu
     EXPECT_EQ(models->creators().currentCode(), 0u);
 }
 
+// One notch of the wheel over the widget's middle: down (toward the user) by default.
+void turnWheel(QWidget* widget, int notches = -1) {
+    const QPointF at(widget->width() / 2.0, widget->height() / 2.0);
+    QWheelEvent turn(at, widget->mapToGlobal(at), QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
+                     Qt::NoModifier, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(widget, &turn);
+}
+
+TEST_F(SettingsPanelTest, WheelScrollsTheColumnUntilAControlHasTheFocus) {
+    window->resize(window->width(), 450);
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    QScrollBar* bar = window->settingsPanel()->verticalScrollBar();
+    ASSERT_GT(bar->maximum(), 0);
+    auto* rotation = window->findChild<QComboBox*>(QStringLiteral("rotation"));
+    auto* quality = window->findChild<KVStepper*>(QStringLiteral("jpegQuality"));
+    ASSERT_TRUE(rotation && quality);
+    const int rotationIndex = rotation->currentIndex();
+    const int qualityValue = quality->value();
+    for (QWidget* control :
+         {static_cast<QWidget*>(rotation), static_cast<QWidget*>(quality), static_cast<QWidget*>(creators)}) {
+        SCOPED_TRACE(control->objectName().toStdString());
+        bar->setValue(0);
+        turnWheel(control);
+        EXPECT_GT(bar->value(), 0);
+        EXPECT_FALSE(control->hasFocus());
+    }
+    EXPECT_EQ(rotation->currentIndex(), rotationIndex);
+    EXPECT_EQ(quality->value(), qualityValue);
+    EXPECT_EQ(creators->currentIndex(), 0);
+
+    // Clicked or tabbed into, a control takes the wheel itself.
+    quality->setFocus();
+    bar->setValue(0);
+    turnWheel(quality, 1);
+    EXPECT_EQ(quality->value(), qualityValue + 1);
+    EXPECT_EQ(bar->value(), 0);
+    rotation->setFocus();
+    turnWheel(rotation);
+    EXPECT_EQ(rotation->currentIndex(), rotationIndex + 1);
+}
+
+TEST_F(SettingsPanelTest, WheelAndKeysNeverRunACommandOfTheCreatorAndDestinationMenus) {
+    window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    auto* destinations = window->findChild<QComboBox*>(QStringLiteral("destinationMenu"));
+    ASSERT_TRUE(destinations);
+    const QStringList entries = models->destinations().entries();
+    const qsizetype creatorCount = models->creators().creators().size();
+    const struct {
+        QComboBox* menu;
+        int lastEntry;
+    } menus[] = {{creators, int(creatorCount)}, {destinations, int(entries.size()) - 1}};
+    for (const auto& [menu, lastEntry] : menus) {
+        SCOPED_TRACE(menu->objectName().toStdString());
+        menu->setFocus();
+        ASSERT_TRUE(menu->hasFocus());
+        for (int i = 0; i < 10; ++i)
+            turnWheel(menu);
+        EXPECT_EQ(menu->currentIndex(), lastEntry);
+        for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Right, Qt::Key_PageDown, Qt::Key_End})
+            QTest::keyClick(menu, key);
+        EXPECT_EQ(menu->currentIndex(), lastEntry);
+        // Typing picks entries only: "R" and "C" start the commands' titles.
+        QTest::keyClicks(menu, QStringLiteral("rcRC"));
+        EXPECT_LE(menu->currentIndex(), lastEntry);
+        QTest::keyClick(menu, Qt::Key_Home);
+        EXPECT_EQ(menu->currentIndex(), 0);
+        turnWheel(menu, 1);
+        EXPECT_EQ(menu->currentIndex(), 0);
+    }
+    EXPECT_EQ(models->destinations().entries(), entries);
+    EXPECT_EQ(models->creators().creators().size(), creatorCount);
+    EXPECT_TRUE(asked.isEmpty()) << asked.join(u',').toStdString();
+    // The arrows did choose the entries they passed.
+    QTest::keyClick(destinations, Qt::Key_Down);
+    EXPECT_EQ(models->destinations().selectedIndex(), 1);
+}
+
+TEST_F(SettingsPanelTest, WatermarkPositionMenuShowsEveryStoredCode) {
+    const QString picture = makePictures(in(), 1).first();
+    auto* location = window->settingsPanel()->watermarkWindow()->findChild<QComboBox*>(
+        QStringLiteral("watermarkLocation"));
+    ASSERT_TRUE(location);
+    for (int code = 0; code <= 7; ++code) {
+        ProcessingParams record = models->settings().record();
+        record.setString(ParamKey::WatermarkPath, picture);
+        record.setInt(ParamKey::WatermarkLocation, code);
+        models->settings().load(record);
+        EXPECT_EQ(location->currentData().toInt(), code);
+        EXPECT_FALSE(location->currentText().isEmpty()) << code;
+    }
+    // "Nowhere" (not drawn) is chosen like any position.
+    const int nowhere = location->findData(0);
+    EXPECT_EQ(nowhere, location->count() - 1);
+    location->setCurrentIndex(1);
+    Q_EMIT location->activated(nowhere);
+    EXPECT_EQ(models->settings().watermarks().value().image.location, 0);
+}
+
 TEST_F(SettingsPanelTest, AutomaticRotationHintsUntilToldNotTo) {
     auto* rotation = window->findChild<QComboBox*>(QStringLiteral("rotation"));
     ASSERT_TRUE(rotation);
@@ -146,6 +249,25 @@ TEST_F(SettingsPanelTest, RenamePanelStoresOnOkAndForgetsOtherwise) {
     EXPECT_TRUE(summary->text().startsWith(QStringLiteral("e.g. trip-")));
     EXPECT_TRUE(summary->text().endsWith(QStringLiteral(" ...")));
     EXPECT_EQ(models->defaults().intValue(QStringLiteral("SelectedRename")), Renamer::PrefixSuffix);
+}
+
+TEST_F(SettingsPanelTest, RenamePanelIsMadeOnceAndShownAgain) {
+    // The user cancels whatever panel comes up, and it is always the same one.
+    QList<QDialog*> shown;
+    QTimer user;
+    QObject::connect(&user, &QTimer::timeout, [&] {
+        if (QDialog* dialog = sheets.currentDialog(); dialog && dialog->isVisible()) {
+            shown.append(dialog);
+            dialog->reject();
+        }
+    });
+    user.start(20);
+    window->settingsPanel()->showRename();
+    window->settingsPanel()->showRename();
+    ASSERT_EQ(shown.size(), 2);
+    EXPECT_EQ(shown.at(0), shown.at(1));
+    EXPECT_EQ(shown.at(0)->objectName(), QStringLiteral("renamePanel"));
+    EXPECT_EQ(window->findChildren<QDialog*>(QStringLiteral("renamePanel")).size(), 1);
 }
 
 TEST_F(SettingsPanelTest, ShortWindowScrollsTheSettingsInsteadOfSqueezingThem) {

@@ -10,6 +10,7 @@
 #include <QTest>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QWindow>
 
 #include <future>
 
@@ -136,6 +137,53 @@ TEST(SheetsTest, TimedMessageGoesAwayByItself) {
     sheets.runMessageSheet("Saved", "Done", 0.2);
     EXPECT_GE(timer.elapsed(), 190);
     EXPECT_FALSE(sheets.isSheetUp());
+}
+
+TEST(SheetsTest, HintClosedFromItsTitleBarStaysOnButEscapeSilencesIt) {
+    QTemporaryDir dir;
+    QSettings store(dir.filePath("s.ini"), QSettings::IniFormat);
+    UserDefaults defaults(store);
+    Sheets sheets;
+    const auto askAndThen = [&](const std::function<void(QDialog*)>& user) {
+        QTimer timer;
+        QObject::connect(&timer, &QTimer::timeout, [&] {
+            if (QDialog* dialog = sheets.currentDialog(); dialog && dialog->isVisible()) {
+                timer.stop();
+                user(dialog);
+            }
+        });
+        timer.start(10);
+        sheets.runHintSheet("Note", "Text", defaults, "ShowCustomIconHint");
+    };
+    askAndThen([](QDialog* dialog) { dialog->windowHandle()->close(); });
+    EXPECT_TRUE(defaults.boolValue("ShowCustomIconHint"));
+    EXPECT_FALSE(sheets.isSheetUp());
+    askAndThen([](QDialog* dialog) { QTest::keyClick(dialog, Qt::Key_Escape); });
+    EXPECT_FALSE(defaults.boolValue("ShowCustomIconHint"));
+}
+
+TEST(SheetsTest, MessagesWrapAtAnAlertsWidth) {
+    Sheets sheets;
+    const QString message = QStringLiteral("The application 'Unsigned' does not have a creator code.");
+    for (const bool timed : {false, true}) {
+        int width = 0, height = 0;
+        QTimer timer;
+        QObject::connect(&timer, &QTimer::timeout, [&] {
+            if (QDialog* dialog = sheets.currentDialog(); dialog && dialog->isVisible() && width == 0) {
+                width = dialog->width();
+                height = dialog->height();
+                if (!timed)
+                    QTest::keyClick(dialog, Qt::Key_Return);
+            }
+        });
+        timer.start(10);
+        if (timed)
+            sheets.runMessageSheet("No Creator Code", message, 0.3);
+        else
+            sheets.runMessageSheet("No Creator Code", message);
+        EXPECT_GE(width, PromptDialogs::MinimumWidth) << timed;
+        EXPECT_LT(height, width) << timed; // a line or two, not a column
+    }
 }
 
 TEST(SheetsTest, HintNotShownAgainOnceSilenced) {

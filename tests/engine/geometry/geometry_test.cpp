@@ -133,6 +133,37 @@ TEST(Geometry, TransparencyBlendsWithoutDarkening) {
     expectPixel(pink.image, 1, 1, {255, 127, 127, 255}, 1);
 }
 
+TEST(Geometry, TinyResultsAreOnePixel) {
+    // A 1 x 1 picture and 1-pixel lines, reduced below a pixel in every mode
+    // that scales, are drawn at one pixel or more, never refused.
+    const Picture dot = testsupport::solidPicture(1, 1, 200, 10, 10, 255);
+    const Picture line{solidImage(1000, 1, 200, 10, 10), 1000, 1, true};
+    const Picture column{solidImage(1, 1000, 200, 10, 10), 1, 1000, true};
+    const struct {
+        const char* name;
+        Picture picture;
+        Sizing sizing;
+        int width, height;
+    } cases[] = {
+        {"Percent", dot, {ScaleType::Percent, 0, 0, 37}, 1, 1},
+        {"Crop", dot, {ScaleType::Crop, 1, 1, 100, 37}, 1, 1},
+        {"LineToWidth", line, {ScaleType::ToWidth, 100, 0}, 100, 1},
+        {"LineFit", line, {ScaleType::Fit, 100, 100}, 100, 1},
+        {"LineFill", line, {ScaleType::Fill, 100, 100}, 100, 100},
+        {"ColumnToHeight", column, {ScaleType::ToHeight, 0, 100}, 1, 100},
+        {"ColumnPercent", column, {ScaleType::Percent, 0, 0, 10}, 1, 100},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const Picture out = Geometry::processImage(c.picture, {}, Rotation::None, c.sizing, blue).picture;
+        EXPECT_EQ(out.image.width(), c.width);
+        EXPECT_EQ(out.image.height(), c.height);
+        // The picture covers the canvas (the padded one: its middle row).
+        const int y = c.sizing.scaleType == ScaleType::Fill ? c.height / 2 : 0;
+        EXPECT_GT(pixelAt(out.image, c.width / 2, y)[0], 60);
+    }
+}
+
 TEST(Geometry, ImpossibleCanvasIsAnError) {
     const Picture picture = quadrants(30, 20);
     EXPECT_THROW(Geometry::scaleImageByPercent(picture, 0, 3, {}), GeometryError);

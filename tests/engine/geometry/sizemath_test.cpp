@@ -42,6 +42,14 @@ TEST(SizeMath, LayoutCanvasAndRectangles) {
          {100, 75, 200, 150}},
         {"CropTall", cropLayout(tall, {200, 100}, 100, false), tall, {200, 100}, {}, {0, 1000, 2000, 1000}},
         {"PercentHalfRoundsUp", percentLayout({101, 101}, 50), {101, 101}, {51, 51}},
+        // A side that rounds to nothing is one pixel.
+        {"PercentOfOnePixel", percentLayout({1, 1}, 37), {1, 1}, {1, 1}},
+        {"PercentOfAThinPicture", percentLayout({1000, 1}, 10), {1000, 1}, {100, 1}},
+        {"WidthOfAThinPicture", toWidthLayout({1000, 1}, 100, false), {1000, 1}, {100, 1}},
+        {"HeightOfAThinPicture", toHeightLayout({1, 1000}, 100, false), {1, 1000}, {1, 100}},
+        {"FitThin", fitLayout({1000, 1}, {100, 100}, false, false), {1000, 1}, {100, 1}},
+        {"FitThinTall", fitLayout({1, 1000}, {100, 100}, false, false), {1, 1000}, {1, 100}},
+        {"FillThin", fillLayout({1000, 1}, {100, 100}, false, false), {1000, 1}, {100, 100}, {0, 49.5f, 100, 1}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);

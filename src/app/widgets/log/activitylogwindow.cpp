@@ -121,6 +121,12 @@ bool ActivityLogWindow::flush() {
 }
 
 void ActivityLogWindow::closeEvent(QCloseEvent* event) {
+    // Once the main window has closed, the application is quitting and closes
+    // every window: the log goes with it and reopens at the next start.
+    if (parentWidget() && !parentWidget()->isVisible()) {
+        event->accept();
+        return;
+    }
     // Closing only hides the window, as its menu item does.
     event->ignore();
     setOpen(false);

@@ -9,7 +9,7 @@
 namespace quillet {
 
 CreatorComboBox::CreatorComboBox(CreatorMenu& menu, AppController& controller, QWidget* parent)
-    : QComboBox(parent), m_menu(menu), m_controller(controller) {
+    : CommandComboBox(parent), m_menu(menu), m_controller(controller) {
     setObjectName(QStringLiteral("creatorMenu"));
     setAccessibleName(tr("Creator"));
     setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
@@ -27,8 +27,8 @@ void CreatorComboBox::rebuild() {
     for (const Creator& creator : menu.creators())
         addItem(creator.label);
     insertSeparator(count());
-    addItem(tr("Remove Selected Entry"));
-    addItem(tr("Choose an Application ..."));
+    addCommand(tr("Remove Selected Entry"));
+    addCommand(tr("Choose an Application ..."));
     if (auto* items = qobject_cast<QStandardItemModel*>(model()))
         items->item(count() - 2)->setEnabled(menu.canRemove());
     setCurrentIndex(menu.selectedIndex());

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QComboBox>
+#include "app/widgets/views/commandcombobox.h"
 
 namespace quillet {
 
@@ -10,7 +10,7 @@ class CreatorMenu;
 // The creator menu as a pop-up button: "None", the stored creators, a blank
 // item, "Remove Selected Entry" and "Choose an Application ...". The choices
 // go to the controller's CreatorMenu; the menu is rebuilt from it after each.
-class CreatorComboBox : public QComboBox {
+class CreatorComboBox : public CommandComboBox {
     Q_OBJECT
   public:
     CreatorComboBox(CreatorMenu& menu, AppController& controller, QWidget* parent = nullptr);

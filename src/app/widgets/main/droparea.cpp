@@ -1,17 +1,74 @@
 #include "app/widgets/main/droparea.h"
 
 #include <QDragEnterEvent>
+#include <QFontMetricsF>
 #include <QMimeData>
 #include <QPainter>
 #include <QPainterPath>
 #include <QUrl>
 
+#include <algorithm>
+#include <cmath>
+
 namespace quillet {
+
+namespace {
+
+constexpr qreal BoxMargin = 12;
+constexpr qreal TextPadding = 16;
+// The picture symbol's half height, and the gaps below it and between the lines.
+constexpr qreal SymbolHalfHeight = 26;
+constexpr qreal SymbolGap = 14;
+constexpr qreal LineGap = 6;
+
+} // namespace
 
 DropArea::DropArea(QWidget* parent) : QFrame(parent) {
     setObjectName(QStringLiteral("dropArea"));
     setAcceptDrops(true);
-    setMinimumSize(320, 240);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+}
+
+QFont DropArea::titleFont() const {
+    QFont bold = font();
+    bold.setPointSizeF(bold.pointSizeF() * 1.3);
+    bold.setBold(true);
+    return bold;
+}
+
+QString DropArea::title() const {
+    return tr("Drop pictures or folders here");
+}
+
+QString DropArea::detail() const {
+    return tr("or choose them with File > Open. Each batch uses the settings on the right.");
+}
+
+DropArea::HintLayout DropArea::hintLayout(QSize size) const {
+    HintLayout layout;
+    layout.box = QRectF(QPointF(0, 0), QSizeF(size)).adjusted(BoxMargin, BoxMargin, -BoxMargin, -BoxMargin);
+    const qreal textWidth = std::max<qreal>(layout.box.width() - 2 * TextPadding, 1);
+    const QFontMetricsF titleMetrics(titleFont());
+    const QRectF detailBounds = QFontMetricsF(font()).boundingRect(
+        QRectF(0, 0, textWidth, 1e6), Qt::AlignHCenter | Qt::TextWordWrap, detail());
+    const qreal height =
+        2 * SymbolHalfHeight + SymbolGap + titleMetrics.height() + LineGap + detailBounds.height();
+    const qreal top = layout.box.center().y() - height / 2;
+    const qreal left = layout.box.left() + TextPadding;
+    layout.symbolCentre = QPointF(layout.box.center().x(), top + SymbolHalfHeight);
+    layout.title = QRectF(left, top + 2 * SymbolHalfHeight + SymbolGap, textWidth, titleMetrics.height());
+    layout.detail = QRectF(left, layout.title.bottom() + LineGap, textWidth, detailBounds.height());
+    return layout;
+}
+
+QSize DropArea::minimumSizeHint() const {
+    const qreal titleWidth = QFontMetricsF(titleFont()).horizontalAdvance(title());
+    // Two pixels spare for the rounding of the text's own layout.
+    const int width = int(std::ceil(titleWidth + 2 * (BoxMargin + TextPadding))) + 2;
+    const HintLayout layout = hintLayout(QSize(width, 0));
+    const qreal needed = layout.detail.bottom() - layout.symbolCentre.y() + SymbolHalfHeight;
+    const int height = int(std::ceil(needed + 2 * (BoxMargin + TextPadding)));
+    return QSize(std::max(width, 320), std::max(height, 240));
 }
 
 QStringList DropArea::localPaths(const QMimeData* data) {
@@ -51,15 +108,15 @@ void DropArea::dropEvent(QDropEvent* event) {
 void DropArea::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF box = QRectF(rect()).adjusted(12, 12, -12, -12);
+    const HintLayout layout = hintLayout(size());
     const QColor accent = palette().color(QPalette::Highlight);
     painter.setBrush(m_hovered ? accent.lighter(190) : palette().color(QPalette::Base));
     QPen pen(m_hovered ? accent : palette().color(QPalette::Mid), 2, Qt::DashLine);
     painter.setPen(pen);
-    painter.drawRoundedRect(box, 14, 14);
+    painter.drawRoundedRect(layout.box, 14, 14);
 
     // A stack of two frames as the picture symbol, above the hint.
-    const QPointF centre = box.center() - QPointF(0, 28);
+    const QPointF centre = layout.symbolCentre;
     painter.setPen(QPen(palette().color(QPalette::Mid), 2));
     painter.setBrush(Qt::NoBrush);
     painter.drawRoundedRect(QRectF(centre.x() - 30, centre.y() - 26, 60, 44), 4, 4);
@@ -73,19 +130,12 @@ void DropArea::paintEvent(QPaintEvent*) {
     hills.lineTo(centre.x() + 34, centre.y() + 20);
     painter.drawPath(hills);
 
-    QFont font = painter.font();
-    font.setPointSizeF(font.pointSizeF() * 1.3);
-    font.setBold(true);
-    painter.setFont(font);
+    painter.setFont(titleFont());
     painter.setPen(palette().color(QPalette::Text));
-    const QRectF textBox(box.left(), centre.y() + 40, box.width(), 30);
-    painter.drawText(textBox, Qt::AlignCenter, tr("Drop pictures or folders here"));
-    font.setBold(false);
-    font.setPointSizeF(font.pointSizeF() / 1.3);
-    painter.setFont(font);
+    painter.drawText(layout.title, Qt::AlignCenter, title());
+    painter.setFont(font());
     painter.setPen(palette().color(QPalette::PlaceholderText));
-    painter.drawText(textBox.translated(0, 28), Qt::AlignCenter,
-                     tr("or choose them with File > Open. Each batch uses the settings on the right."));
+    painter.drawText(layout.detail, Qt::AlignHCenter | Qt::TextWordWrap, detail());
 }
 
 } // namespace quillet

@@ -9,10 +9,11 @@
 #include "app/widgets/sheets/filechooser.h"
 #include "app/widgets/sheets/progresssheet.h"
 #include "app/widgets/sheets/sheets.h"
+#include "app/widgets/views/commandcombobox.h"
+#include "app/widgets/views/wheelguard.h"
 
 #include <QAction>
 #include <QCloseEvent>
-#include <QComboBox>
 #include <QDir>
 #include <QGridLayout>
 #include <QGuiApplication>
@@ -38,7 +39,7 @@ QString displayPath(const QString& path) {
 
 MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& sheets, QWidget* parent)
     : QMainWindow(parent), m_controller(controller), m_models(models), m_sheets(sheets),
-      m_dropArea(new DropArea(this)), m_destinations(new QComboBox(this)),
+      m_dropArea(new DropArea(this)), m_destinations(new CommandComboBox(this)),
       m_settings(new SettingsPanel(controller, models, sheets, this)),
       m_progress(new ProgressSheet(controller, this)),
       m_log(new ActivityLogWindow(models.log(), models.defaults(), this)) {
@@ -48,6 +49,8 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
     m_destinations->setObjectName(QStringLiteral("destinationMenu"));
     m_destinations->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     m_destinations->setMinimumContentsLength(28);
+    // Nothing to scroll here: the wheel only acts once the menu has the focus.
+    (new WheelGuard(nullptr, this))->guard(m_destinations);
 
     auto* destinationLabel = new QLabel(tr("Output to:"), this);
     destinationLabel->setBuddy(m_destinations);
@@ -69,7 +72,9 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
     buildMenus();
     rebuildDestinationMenu();
 
-    setMinimumSize(720, 450);
+    // The least width is what the drop hint and the settings column need,
+    // which the layout knows; the height never goes below 450.
+    central->setMinimumHeight(450 - menuBar()->sizeHint().height());
     resize(980, 780);
     const QByteArray frame = models.defaults().value(QLatin1String(FrameKey)).toByteArray();
     if (!frame.isEmpty())
@@ -78,6 +83,11 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
     connect(m_dropArea, &DropArea::pathsDropped, &controller, &AppController::processFiles);
     connect(m_destinations, &QComboBox::activated, this, &MainWindow::destinationChosen);
     connect(&controller, &AppController::progressSheetShown, this, [this](bool shown) {
+        // The sheet is not modal (closing the window must reach it), so the
+        // window's inputs rest while it is up.
+        for (QWidget* input : {static_cast<QWidget*>(m_dropArea), static_cast<QWidget*>(m_destinations),
+                               static_cast<QWidget*>(m_settings)})
+            input->setEnabled(!shown);
         if (shown)
             m_sheets.beginSheet(m_progress);
         else
@@ -98,6 +108,7 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
 
 MainWindow::~MainWindow() {
     m_sheets.setWindow(nullptr);
+    m_sheets.setQuitAction(nullptr);
 }
 
 void MainWindow::buildMenus() {
@@ -111,7 +122,10 @@ void MainWindow::buildMenus() {
     file->addSeparator();
     QAction* quit = file->addAction(tr("&Quit"), this, &QWidget::close);
     quit->setObjectName(QStringLiteral("actionQuit"));
-    quit->setShortcut(QKeySequence::Quit);
+    // Platforms whose key scheme has no Quit binding still get Ctrl+Q.
+    const QList<QKeySequence> quitKeys = QKeySequence::keyBindings(QKeySequence::Quit);
+    quit->setShortcuts(quitKeys.isEmpty() ? QList<QKeySequence>{QKeySequence(tr("Ctrl+Q"))} : quitKeys);
+    m_sheets.setQuitAction(quit);
 
     QMenu* settings = menuBar()->addMenu(tr("&Settings"));
     QAction* watermarks =
@@ -177,8 +191,8 @@ void MainWindow::rebuildDestinationMenu() {
         m_destinations->setItemData(m_destinations->count() - 1, entry, Qt::ToolTipRole);
     }
     m_destinations->insertSeparator(m_destinations->count());
-    m_destinations->addItem(tr("Remove Selected Entry"));
-    m_destinations->addItem(tr("Choose a Folder ..."));
+    m_destinations->addCommand(tr("Remove Selected Entry"));
+    m_destinations->addCommand(tr("Choose a Folder ..."));
     m_destinations->setCurrentIndex(m_models.destinations().selectedIndex());
 }
 

@@ -5,7 +5,6 @@
 #include <optional>
 
 class QAction;
-class QComboBox;
 class QLabel;
 
 namespace quillet {
@@ -14,6 +13,7 @@ class ActivityLogWindow;
 class AppController;
 class AppModels;
 class Sheets;
+class CommandComboBox;
 class DropArea;
 class ProgressSheet;
 class SettingsPanel;
@@ -55,7 +55,7 @@ class MainWindow : public QMainWindow {
     Sheets& m_sheets;
     DropArea* m_dropArea;
     // Made in reading order, which is the keyboard's tab order.
-    QComboBox* m_destinations;
+    CommandComboBox* m_destinations;
     SettingsPanel* m_settings;
     QLabel* m_thumbnail = nullptr;
     QLabel* m_status = nullptr;

@@ -150,12 +150,28 @@ RenamePanel::RenamePanel(Renamer& renamer, QWidget* parent) : QDialog(parent), m
     connect(m_fallback, &QButtonGroup::idClicked, this,
             [this](int tag) { m_renamer.setDateFallbackTag(tag); });
 
+    // Every page starts from the scheme as it stands, so choosing a page that
+    // was never saved keeps the scheme's texts and numbers instead of
+    // blanking them; later, only the saved scheme's page is put back.
+    m_loading = true;
+    for (QLineEdit* prefix : {m_numPrefix, m_origPrefix, m_datePrefix})
+        prefix->setText(m_renamer.prefix());
+    for (QLineEdit* suffix : {m_numSuffix, m_origSuffix, m_dateSuffix})
+        suffix->setText(m_renamer.suffix());
+    m_digits->setValue(m_renamer.digits());
+    m_start->setValue(m_renamer.startFrom());
+    m_loading = false;
     showScheme();
 }
 
 void RenamePanel::showScheme() {
     m_loading = true;
     const int type = m_renamer.renameType();
+    // The date's menus and fallback are the scheme's whatever its type.
+    m_dateFormat->setCurrentIndex(m_dateFormat->findData(m_renamer.dateFormatTag()));
+    m_conflictFormat->setCurrentIndex(m_conflictFormat->findData(m_renamer.conflictFormatTag()));
+    if (QAbstractButton* button = m_fallback->button(m_renamer.dateFallbackTag() == 0 ? 0 : 1))
+        button->setChecked(true);
     switch (type) {
     case Renamer::Sequence:
         m_numPrefix->setText(m_renamer.prefix());
@@ -170,10 +186,6 @@ void RenamePanel::showScheme() {
     case Renamer::Date:
         m_datePrefix->setText(m_renamer.prefix());
         m_dateSuffix->setText(m_renamer.suffix());
-        m_dateFormat->setCurrentIndex(m_dateFormat->findData(m_renamer.dateFormatTag()));
-        m_conflictFormat->setCurrentIndex(m_conflictFormat->findData(m_renamer.conflictFormatTag()));
-        if (QAbstractButton* button = m_fallback->button(m_renamer.dateFallbackTag() == 0 ? 0 : 1))
-            button->setChecked(true);
         break;
     default:
         break;

@@ -25,7 +25,9 @@ class RenamePanel : public QDialog {
     explicit RenamePanel(Renamer& renamer, QWidget* parent = nullptr);
 
     // Puts the renamer's scheme into the fields, as loading from the store
-    // does: only the saved scheme's page is filled, the others keep theirs.
+    // does: only the saved scheme's page is filled, the others keep theirs
+    // (each page starts from the scheme the panel was made with). The panel
+    // is made once and shown again for every edit.
     void showScheme();
     // Chooses a scheme as the type menu does.
     void selectType(int type);

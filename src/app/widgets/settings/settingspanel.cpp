@@ -8,12 +8,14 @@
 #include "app/widgets/settings/settingscontrols.h"
 #include "app/widgets/settings/watermarkwindow.h"
 #include "app/widgets/sheets/sheets.h"
+#include "app/widgets/views/wheelguard.h"
 #include "settings/settingsschema.h"
 
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 namespace quillet {
@@ -42,7 +44,9 @@ SettingsPanel::SettingsPanel(AppController& controller, AppModels& models, Sheet
     layout->addWidget(m_fileOptions);
     layout->addStretch(1);
     setWidget(content);
-    setMinimumWidth(content->sizeHint().width() + 24);
+    // Turning the wheel over the column scrolls it; a control changes only
+    // once clicked or tabbed into.
+    (new WheelGuard(this, this))->guardControlsIn(content);
 
     connect(m_controls, &SettingsControls::automaticRotationChosen, &controller,
             &AppController::showAutoRotateHint);
@@ -83,11 +87,14 @@ void SettingsPanel::showRename() {
     RenamingModel& renaming = m_models.renaming();
     SheetRequest request;
     request.title = tr("Rename");
-    request.makeDialog = [&renaming](QWidget* window) {
+    // One panel for the application's life: the pages keep what they show.
+    request.keepDialog = true;
+    request.makeDialog = [this, &renaming](QWidget* window) {
         renaming.beginEdit();
-        auto* panel = new RenamePanel(renaming.renamer(), window);
-        panel->showScheme();
-        return panel;
+        if (!m_renamePanel)
+            m_renamePanel = new RenamePanel(renaming.renamer(), window);
+        m_renamePanel->showScheme();
+        return m_renamePanel.data();
     };
     request.readAnswer = [](QDialog*, int result) {
         return SheetAnswer{result == QDialog::Accepted ? 1 : 0, {}};
@@ -98,6 +105,12 @@ void SettingsPanel::showRename() {
 void SettingsPanel::setToolTipsHidden(bool hidden) {
     m_controls->setToolTipsHidden(hidden);
     m_watermarks->setToolTipsHidden(hidden);
+}
+
+QSize SettingsPanel::minimumSizeHint() const {
+    const int width =
+        widget()->minimumSizeHint().width() + verticalScrollBar()->sizeHint().width() + 2 * frameWidth();
+    return QSize(width, QScrollArea::minimumSizeHint().height());
 }
 
 void SettingsPanel::refresh() {

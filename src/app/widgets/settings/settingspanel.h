@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPointer>
 #include <QScrollArea>
 
 class QLabel;
@@ -10,6 +11,7 @@ class AppController;
 class AppModels;
 class Sheets;
 class FileOptionsBox;
+class RenamePanel;
 class SettingsControls;
 class WatermarkWindow;
 
@@ -35,6 +37,9 @@ class SettingsPanel : public QScrollArea {
     void showRename();
     // Reads the stored file options and renaming scheme again.
     void refresh();
+    // As wide as the controls at their least with the scroll bar beside them:
+    // the column scrolls up and down, never sideways.
+    QSize minimumSizeHint() const override;
 
   private:
     QWidget* buildButtons();
@@ -45,6 +50,8 @@ class SettingsPanel : public QScrollArea {
     SettingsControls* m_controls;
     WatermarkWindow* m_watermarks;
     QLabel* m_renameSummary = nullptr;
+    // Made the first time it is shown, as a child of the window.
+    QPointer<RenamePanel> m_renamePanel;
     FileOptionsBox* m_fileOptions = nullptr;
 };
 

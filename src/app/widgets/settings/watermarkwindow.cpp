@@ -26,13 +26,27 @@ namespace {
 
 namespace K = ParamKey;
 
-QComboBox* menuOf(const char* key, const QString& name, bool skipZero = false) {
+QComboBox* menuOf(const char* key, const QString& name) {
     auto* menu = new QComboBox;
     menu->setObjectName(name);
     if (const SettingKey* entry = SettingsSchema::find(QLatin1String(key)))
         for (const SettingChoice& choice : entry->choices)
-            if (!skipZero || choice.code != 0)
-                menu->addItem(QObject::tr(choice.displayName.toUtf8().constData()), choice.code);
+            menu->addItem(QObject::tr(choice.displayName.toUtf8().constData()), choice.code);
+    return menu;
+}
+
+// The positions, with "Nowhere" (code 0: the picture is not drawn) apart at
+// the end, where it is not taken for a place on the picture.
+QComboBox* locationMenu() {
+    QComboBox* menu = menuOf(K::WatermarkLocation, QStringLiteral("watermarkLocation"));
+    const int nowhere = menu->findData(0);
+    if (nowhere < 0)
+        return menu;
+    const QString title = menu->itemText(nowhere);
+    menu->removeItem(nowhere);
+    menu->insertSeparator(menu->count());
+    menu->addItem(title, 0);
+    menu->setItemData(menu->count() - 1, QObject::tr("The picture watermark is not drawn."), Qt::ToolTipRole);
     return menu;
 }
 
@@ -73,7 +87,7 @@ void WatermarkWindow::build() {
     m_choose->setObjectName(QStringLiteral("chooseWatermark"));
     m_clear = new QPushButton(tr("Clear"));
     m_clear->setObjectName(QStringLiteral("clearWatermark"));
-    m_location = menuOf(K::WatermarkLocation, QStringLiteral("watermarkLocation"), true);
+    m_location = locationMenu();
     m_location->setAccessibleName(tr("Watermark position"));
     m_opacity = new KVStepper;
     m_opacity->setObjectName(QStringLiteral("watermarkOpacity"));

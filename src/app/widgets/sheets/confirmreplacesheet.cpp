@@ -21,6 +21,8 @@ ConfirmReplaceSheet::ConfirmReplaceSheet(const QString& path, QWidget* parent)
                                 .arg(QFileInfo(path).fileName().toHtmlEscaped()),
                             this);
     text->setObjectName(QStringLiteral("confirmReplaceText"));
+    text->setWordWrap(true);
+    setMinimumWidth(PromptDialogs::MinimumWidth);
     m_applyToAll->setObjectName(QStringLiteral("applyToAllBox"));
     auto* buttons = new QDialogButtonBox(this);
     QPushButton* skip = buttons->addButton(tr("Skip"), QDialogButtonBox::RejectRole);

@@ -1,9 +1,12 @@
 #include "app/widgets/sheets/promptdialogs.h"
 
 #include <QDialog>
+#include <QEvent>
+#include <QGridLayout>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace quillet {
@@ -11,6 +14,23 @@ namespace quillet {
 namespace {
 
 constexpr char CodeProperty[] = "promptCode";
+constexpr char ClosedProperty[] = "closedByWindow";
+
+// A close event reaches a dialog only from its title bar (or the application
+// closing its windows): buttons, keys and Sheets end dialogs without one. The
+// mark holds while the close is handled, which is when a dialog that accepts
+// it finishes; one that refuses it (no Escape button) is not left marked.
+class CloseWatcher : public QObject {
+  public:
+    using QObject::QObject;
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Close) {
+            watched->setProperty(ClosedProperty, true);
+            QTimer::singleShot(0, watched, [watched] { watched->setProperty(ClosedProperty, false); });
+        }
+        return false;
+    }
+};
 
 QPushButton* addButton(QMessageBox* box, const QString& title, QMessageBox::ButtonRole role, int code) {
     if (title.isEmpty())
@@ -43,14 +63,20 @@ QDialog* PromptDialogs::makePrompt(QWidget* window, const QString& title, const 
         box->setEscapeButton(alternatePush);
     else if (defaultPush && otherButton.isEmpty())
         box->setEscapeButton(defaultPush);
+    // QMessageBox fixes its own size from its layout's minimum when shown, so
+    // the least width goes into the layout, as a spacer under everything.
+    if (auto* grid = qobject_cast<QGridLayout*>(box->layout()))
+        grid->addItem(new QSpacerItem(MinimumWidth, 0, QSizePolicy::Minimum, QSizePolicy::Fixed),
+                      grid->rowCount(), 0, 1, grid->columnCount());
+    watchWindowClose(box);
     return box;
 }
 
 SheetAnswer PromptDialogs::readPromptAnswer(QDialog* prompt, int) {
     auto* box = qobject_cast<QMessageBox*>(prompt);
+    if (closedByWindow(prompt))
+        return SheetAnswer{0, {}, true};
     QAbstractButton* clicked = box ? box->clickedButton() : nullptr;
-    // A box closed without a button (by the window manager) counts as the
-    // alternate answer, the safe one of every question here.
     return SheetAnswer{clicked ? clicked->property(CodeProperty).toInt() : 0, {}};
 }
 
@@ -64,7 +90,16 @@ QDialog* PromptDialogs::makeTimedMessage(QWidget* window, const QString& title, 
     text->setWordWrap(true);
     layout->addWidget(heading);
     layout->addWidget(text);
+    dialog->setMinimumWidth(MinimumWidth);
     return dialog;
+}
+
+void PromptDialogs::watchWindowClose(QDialog* dialog) {
+    dialog->installEventFilter(new CloseWatcher(dialog));
+}
+
+bool PromptDialogs::closedByWindow(const QDialog* dialog) {
+    return dialog->property(ClosedProperty).toBool();
 }
 
 void PromptDialogs::wirePanelButtons(QDialog* panel) {

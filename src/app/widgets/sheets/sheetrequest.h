@@ -16,6 +16,9 @@ namespace quillet {
 struct SheetAnswer {
     int code = 0;
     QString text;
+    // Closed from its title bar (the window manager's close button) rather
+    // than answered with a button or a key; `code` then holds the safe answer.
+    bool closed = false;
 };
 
 // One modal question. The dialog is built on the main thread when the
@@ -33,6 +36,9 @@ struct SheetRequest {
     // The window the dialog attaches to, when not the main window (a
     // question asked from the watermark window sits on that window).
     QPointer<QWidget> window;
+    // The dialog outlives the question (a panel made once and shown again):
+    // it is hidden when answered, not deleted.
+    bool keepDialog = false;
 };
 
 } // namespace quillet

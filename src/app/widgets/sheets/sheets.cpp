@@ -7,10 +7,14 @@
 #include "app/widgets/sheets/promptdialogs.h"
 #include "settings/userdefaults.h"
 
+#include <QAction>
 #include <QDialog>
 #include <QEventLoop>
+#include <QScreen>
 #include <QThread>
 #include <QTimer>
+
+#include <algorithm>
 
 namespace quillet {
 
@@ -32,35 +36,52 @@ void Sheets::runMessageSheet(const QString& title, const QString& message) {
 }
 
 void Sheets::runMessageSheet(const QString& title, const QString& message, double seconds) {
-    SheetRequest request{title, message, nullptr, nullptr, seconds, nullptr};
+    SheetRequest request;
+    request.title = title;
+    request.message = message;
+    request.timeout = seconds;
     request.makeDialog = [title, message](QWidget* window) {
         return PromptDialogs::makeTimedMessage(window, title, message);
     };
     run(std::move(request));
 }
 
-void Sheets::runMessageSheet(QWidget* window, const QString& title, const QString& message) {
-    SheetRequest request{title, message, nullptr, PromptDialogs::readPromptAnswer, 0, window};
-    request.makeDialog = [=, okay = tr("Okay")](QWidget* parent) {
-        return PromptDialogs::makePrompt(parent, title, message, okay, {}, {});
+namespace {
+
+SheetRequest promptRequest(const QString& title, const QString& message, const QString& defaultButton,
+                           const QString& alternateButton, const QString& otherButton) {
+    SheetRequest request;
+    request.title = title;
+    request.message = message;
+    request.readAnswer = PromptDialogs::readPromptAnswer;
+    request.makeDialog = [=](QWidget* window) {
+        return PromptDialogs::makePrompt(window, title, message, defaultButton, alternateButton, otherButton);
     };
+    return request;
+}
+
+} // namespace
+
+void Sheets::runMessageSheet(QWidget* window, const QString& title, const QString& message) {
+    SheetRequest request = promptRequest(title, message, tr("Okay"), {}, {});
+    request.window = window;
     run(std::move(request));
 }
 
 int Sheets::runPromptSheet(const QString& title, const QString& message, const QString& defaultButton,
                            const QString& alternateButton, const QString& otherButton) {
-    SheetRequest request{title, message, nullptr, PromptDialogs::readPromptAnswer, 0, nullptr};
-    request.makeDialog = [=](QWidget* window) {
-        return PromptDialogs::makePrompt(window, title, message, defaultButton, alternateButton, otherButton);
-    };
-    return run(std::move(request)).code;
+    return run(promptRequest(title, message, defaultButton, alternateButton, otherButton)).code;
 }
 
 void Sheets::runHintSheet(const QString& title, const QString& message, UserDefaults& defaults,
                           const QString& key) {
     if (!defaults.boolValue(key))
         return;
-    if (runPromptSheet(title, message, tr("Okay"), tr("Don't show this again"), {}) == 0)
+    // The button (or Escape, which presses it) silences the hint; closing the
+    // hint from its title bar only puts it away.
+    const SheetAnswer answer =
+        run(promptRequest(title, message, tr("Okay"), tr("Don't show this again"), {}));
+    if (answer.code == 0 && !answer.closed)
         defaults.setBool(key, false);
 }
 
@@ -114,11 +135,16 @@ void Sheets::showNext() {
         connect(dialog, &QDialog::finished, this, [this, next, dialog](int result) {
             const SheetAnswer answer =
                 next->request.readAnswer ? next->request.readAnswer(dialog, result) : SheetAnswer{result, {}};
-            dialog->deleteLater();
+            dialog->disconnect(this);
+            if (!next->request.keepDialog)
+                dialog->deleteLater();
             finish(next, answer);
         });
         if (request.timeout > 0)
             QTimer::singleShot(int(request.timeout * 1000), dialog, [dialog] { dialog->done(0); });
+        if (m_quit)
+            dialog->addAction(m_quit);
+        place(dialog);
         m_dialog = dialog;
         dialog->open();
         return;
@@ -144,8 +170,31 @@ void Sheets::finish(const std::shared_ptr<Pending>& pending, const SheetAnswer& 
 
 void Sheets::beginSheet(QDialog* sheet) {
     m_sheet = sheet;
-    sheet->setWindowModality(m_window ? Qt::WindowModal : Qt::NonModal);
+    sheet->setWindowModality(Qt::NonModal);
+    if (m_quit)
+        sheet->addAction(m_quit);
+    if (m_window) {
+        sheet->adjustSize();
+        const QRect frame = m_window->geometry();
+        sheet->move(frame.center().x() - sheet->width() / 2, frame.top());
+    }
     sheet->show();
+}
+
+void Sheets::place(QDialog* dialog) const {
+    if (!m_window || !m_sheet || !m_sheet->isVisible())
+        return;
+    dialog->adjustSize();
+    const QSize size = dialog->size().expandedTo(dialog->minimumSizeHint());
+    const QRect below = m_sheet->frameGeometry();
+    QPoint at(m_window->geometry().center().x() - size.width() / 2, below.bottom() + 12);
+    // Kept on the screen; it covers the sheet only when the screen is too low for both.
+    if (const QScreen* screen = m_window->screen()) {
+        const QRect room = screen->availableGeometry();
+        at.setY(std::min(at.y(), room.bottom() - size.height()));
+        at.setX(std::clamp(at.x(), room.left(), std::max(room.left(), room.right() - size.width())));
+    }
+    dialog->move(at);
 }
 
 void Sheets::endSheet() {
@@ -157,11 +206,14 @@ void Sheets::endSheet() {
 void Sheets::dismissAll(int code) {
     std::vector<std::shared_ptr<Pending>> open;
     QPointer<QDialog> dialog;
+    bool keepDialog = false;
     {
         std::lock_guard lock(m_mutex);
         m_dismissCode = code;
-        if (m_current)
+        if (m_current) {
             open.push_back(m_current);
+            keepDialog = m_current->request.keepDialog;
+        }
         open.insert(open.end(), m_waiting.begin(), m_waiting.end());
         m_waiting.clear();
         dialog = m_dialog;
@@ -169,7 +221,8 @@ void Sheets::dismissAll(int code) {
     if (dialog) {
         dialog->disconnect(this);
         dialog->hide();
-        dialog->deleteLater();
+        if (!keepDialog)
+            dialog->deleteLater();
     }
     for (const auto& pending : open)
         finish(pending, SheetAnswer{code, {}});

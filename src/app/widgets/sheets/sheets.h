@@ -13,6 +13,8 @@
 #include <mutex>
 #include <optional>
 
+class QAction;
+
 namespace quillet {
 
 class UserDefaults;
@@ -31,6 +33,9 @@ class Sheets : public QObject, public Questions {
     // The window the dialogs attach to (none: they stand alone).
     void setWindow(QWidget* window) { m_window = window; }
     QWidget* window() const { return m_window; }
+    // The window's Quit, which also works from every dialog shown here: a
+    // question keeps the window's own shortcuts from it.
+    void setQuitAction(QAction* quit) { m_quit = quit; }
 
     void runMessageSheet(const QString& title, const QString& message) override;
     // No button; goes away by itself after `seconds`.
@@ -41,8 +46,9 @@ class Sheets : public QObject, public Questions {
     // Return presses the default button, Escape the alternate one.
     int runPromptSheet(const QString& title, const QString& message, const QString& defaultButton,
                        const QString& alternateButton, const QString& otherButton) override;
-    // A hint with "Okay" and "Don't show this again"; the latter turns the
-    // boolean setting `key` off. Shows nothing while the key is off.
+    // A hint with "Okay" and "Don't show this again"; the latter (or Escape)
+    // turns the boolean setting `key` off, closing the hint from its title bar
+    // does not. Shows nothing while the key is off.
     void runHintSheet(const QString& title, const QString& message, UserDefaults& defaults,
                       const QString& key) override;
     int confirmReplace(const QString& path) override;
@@ -51,8 +57,10 @@ class Sheets : public QObject, public Questions {
     // Any question; blocks until answered.
     SheetAnswer run(SheetRequest request);
 
-    // A sheet that blocks nothing, such as the progress sheet: shown beside the
-    // questions, not queued with them.
+    // A sheet that blocks nothing, such as the progress sheet: shown at the
+    // top of the window, beside the questions, not queued with them. It is not
+    // modal, so the window manager's close and Quit still reach the window;
+    // questions asked meanwhile come up below it, leaving it in sight.
     void beginSheet(QDialog* sheet);
     void endSheet();
 
@@ -77,12 +85,15 @@ class Sheets : public QObject, public Questions {
   private:
     struct Pending;
     void showNext();
+    // Where a dialog goes: below the sheet on show, else where Qt puts it.
+    void place(QDialog* dialog) const;
     void finish(const std::shared_ptr<Pending>& pending, const SheetAnswer& answer);
     std::optional<SheetAnswer> testAnswer(const SheetRequest& request);
 
     QPointer<QWidget> m_window;
     QPointer<QDialog> m_dialog;
     QPointer<QDialog> m_sheet;
+    QPointer<QAction> m_quit;
     mutable std::mutex m_mutex;
     std::condition_variable m_answeredCondition;
     std::deque<std::shared_ptr<Pending>> m_waiting;
