@@ -23,14 +23,12 @@ void BatchEnvironment::prepare(const BatchOptions& options) {
     // pictures. Two heaps keep the peak near what is really in use.
     mallopt(M_ARENA_MAX, 2);
     // A batch frees and asks again for buffers of one picture's size with
-    // every file. Left to itself, glibc hands them back to the system and
-    // faults them in afresh for the next picture whenever other allocations
-    // sit above them in the heap, which a long-running process such as the
-    // window always has: ten times the page faults of a fresh process, and a
-    // tenth more CPU for the batch. Buffers up to 32 MB come from the heap,
-    // and up to 64 MB of freed heap is kept for the next picture: what glibc
-    // itself settles on after the first large picture when nothing is in the
-    // way.
+    // every file. Left to itself, glibc may hand them back to the system and
+    // fault them in afresh for the next picture; in the window's process it
+    // did so for nearly every file (ten times the command-line tool's page
+    // faults, a tenth more CPU for the batch). Buffers up to 32 MB come from
+    // the heap, and up to 64 MB of freed heap is kept for the next picture:
+    // the values glibc's own adjustment reaches after a large picture.
     mallopt(M_MMAP_THRESHOLD, 32 * 1024 * 1024);
     mallopt(M_TRIM_THRESHOLD, 64 * 1024 * 1024);
     if (options.parallel) {
