@@ -4,10 +4,15 @@
 #include "app/models/questions.h"
 #include "app/models/thumbnailimage.h"
 
+#include <QThread>
+
 namespace quillet {
 
 GuiShell::GuiShell(ActivityLogModel& log, Questions& questions, QObject* parent)
-    : QObject(parent), m_log(log), m_questions(questions) {}
+    : QObject(parent), m_log(log), m_questions(questions) {
+    m_statusFrame.setSingleShot(true);
+    connect(&m_statusFrame, &QTimer::timeout, this, &GuiShell::flushStatus);
+}
 
 void GuiShell::post(std::function<void()> call) {
     // Always queued, so that the window takes the calls in the order the
@@ -24,7 +29,10 @@ void GuiShell::writeWarningActivity(const QString& line) {
 }
 
 void GuiShell::beginProgressSheet(int total) {
-    post([this, total] { Q_EMIT progressBegan(total); });
+    post([this, total] {
+        deliverHeldStatus();
+        Q_EMIT progressBegan(total);
+    });
 }
 
 void GuiShell::setProgressTotal(int total) {
@@ -32,7 +40,10 @@ void GuiShell::setProgressTotal(int total) {
 }
 
 void GuiShell::endProgressSheet() {
-    post([this] { Q_EMIT progressEnded(); });
+    post([this] {
+        deliverHeldStatus();
+        Q_EMIT progressEnded();
+    });
 }
 
 void GuiShell::setStatus(const QString& text, const std::optional<vips::VImage>& thumbnail) {
@@ -46,7 +57,25 @@ void GuiShell::setStatus(const QString& text, const std::optional<vips::VImage>&
     // Updates that come faster than the window takes them are merged.
     if (!m_statusPosted) {
         m_statusPosted = true;
-        post([this] { flushStatus(); });
+        // The single-file run's status comes on the main thread, and the
+        // controller's own status follows it at once: that one is not held.
+        const bool paced = QThread::currentThread() != thread();
+        post([this, paced] { scheduleStatus(paced); });
+    }
+}
+
+void GuiShell::scheduleStatus(bool paced) {
+    const qint64 since = m_sinceStatus.isValid() ? m_sinceStatus.elapsed() : StatusFrameMilliseconds;
+    if (!paced || since >= StatusFrameMilliseconds)
+        flushStatus();
+    else
+        m_statusFrame.start(int(StatusFrameMilliseconds - since));
+}
+
+void GuiShell::deliverHeldStatus() {
+    if (m_statusFrame.isActive()) {
+        m_statusFrame.stop();
+        flushStatus();
     }
 }
 
@@ -63,6 +92,7 @@ void GuiShell::flushStatus() {
         m_statusAdvance = 0;
         m_statusPosted = false;
     }
+    m_sinceStatus.start();
     Q_EMIT statusChanged(text, thumbnail, advance);
 }
 
@@ -83,11 +113,17 @@ void GuiShell::runMessageSheet(const QString& title, const QString& message) {
 }
 
 void GuiShell::didProcess(int processed, int total) {
-    post([this, processed, total] { Q_EMIT batchFinished(processed, total); });
+    post([this, processed, total] {
+        deliverHeldStatus();
+        Q_EMIT batchFinished(processed, total);
+    });
 }
 
 void GuiShell::clearStatus() {
-    post([this] { Q_EMIT statusCleared(); });
+    post([this] {
+        deliverHeldStatus();
+        Q_EMIT statusCleared();
+    });
 }
 
 } // namespace quillet

@@ -2,8 +2,10 @@
 
 #include "engine/batch/batchshell.h"
 
+#include <QElapsedTimer>
 #include <QImage>
 #include <QObject>
+#include <QTimer>
 
 #include <mutex>
 
@@ -17,9 +19,17 @@ class Questions;
 // Only the questions block, and only their caller: they wait for an answer
 // given through the main thread's event loop. Log lines go straight into the
 // thread-safe log model.
+//
+// The batch thread's status updates reach the window at most once per
+// StatusFrameMilliseconds: the ones in between are merged (the latest text
+// and thumbnail, the files done added up), so a batch of small files does not
+// spend a core on repainting the status line and the progress sheet. Every
+// other call first delivers a status still held back, so nothing overtakes it.
 class GuiShell : public QObject, public BatchShell {
     Q_OBJECT
   public:
+    static constexpr int StatusFrameMilliseconds = 40;
+
     GuiShell(ActivityLogModel& log, Questions& questions, QObject* parent = nullptr);
 
     void writeActivity(const QString& line) override;
@@ -47,7 +57,11 @@ class GuiShell : public QObject, public BatchShell {
 
   private:
     void post(std::function<void()> call);
+    // Main thread: shows the merged status now, or when the frame is over.
+    void scheduleStatus(bool paced);
     void flushStatus();
+    // Main thread: shows a status held back for the frame, if any.
+    void deliverHeldStatus();
 
     ActivityLogModel& m_log;
     Questions& m_questions;
@@ -56,6 +70,9 @@ class GuiShell : public QObject, public BatchShell {
     QImage m_statusThumbnail;
     int m_statusAdvance = 0;
     bool m_statusPosted = false;
+    // Main thread only.
+    QTimer m_statusFrame;
+    QElapsedTimer m_sinceStatus;
 };
 
 } // namespace quillet

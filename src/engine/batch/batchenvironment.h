@@ -9,7 +9,8 @@ namespace quillet {
 namespace BatchEnvironment {
 
 // Turns off libvips's operation cache (every picture is read once, and the
-// cache would only keep decoded pictures alive), caps malloc's arenas, sends
+// cache would only keep decoded pictures alive), caps malloc's arenas and
+// keeps picture-sized buffers in the heap from one picture to the next, sends
 // the metadata reader's notes to standard error, and, for a parallel batch,
 // keeps libvips to one thread per picture.
 void prepare(const BatchOptions& options);

@@ -6,6 +6,8 @@
 #include "engine/watermark/textwatermark.h"
 #include "engine/watermark/watermarkfields.h"
 
+#include <algorithm>
+
 namespace quillet {
 
 namespace PipelineSteps {
@@ -43,7 +45,18 @@ QByteArray encode(const Picture& picture, const ProcessingRequest& request, Acti
 }
 
 vips::VImage thumbnail(const Picture& picture) {
-    return Geometry::thumbnail(picture, 64, 64).image;
+    constexpr int side = 64;
+    // The thumbnail is drawn nearest-neighbour, so every pixel of it is one
+    // pixel of the picture. Picking every n-th pixel first gives the same kind
+    // of picture from a source a few times its size instead of the whole
+    // picture, which cost a batch of large pictures a tenth more CPU. The
+    // logical size stays, so the layout is that of the whole picture.
+    Picture source = picture;
+    const vips::VImage& image = picture.image;
+    const int step = std::min(image.width(), image.height()) / (2 * side);
+    if (step >= 2)
+        source.image = image.subsample(step, step);
+    return Geometry::thumbnail(source, side, side).image;
 }
 
 std::optional<Picture> loadWatermark(const QString& path) {
