@@ -23,7 +23,8 @@ QString BatchNotifier::summary(int processed, int total) {
 QString BatchNotifier::body(int processed, int total, const QString& outputFolder) {
     const QString where = QDir::toNativeSeparators(outputFolder);
     if (processed == total)
-        return (processed == 1 ? tr("1 file processed into %1") : tr("%1 files processed into %2").arg(processed))
+        return (processed == 1 ? tr("1 file processed into %1")
+                               : tr("%1 files processed into %2").arg(processed))
             .arg(where);
     return tr("%1 of %2 files processed into %3").arg(processed).arg(total).arg(where);
 }

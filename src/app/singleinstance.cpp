@@ -32,8 +32,8 @@ SingleInstance::~SingleInstance() {
 
 QString SingleInstance::socketPathFor(const QString& settingsFile) {
     const QByteArray store = QFileInfo(settingsFile).absoluteFilePath().toUtf8();
-    const QString id = QString::fromLatin1(
-        QCryptographicHash::hash(store, QCryptographicHash::Sha1).toHex().left(12));
+    const QString id =
+        QString::fromLatin1(QCryptographicHash::hash(store, QCryptographicHash::Sha1).toHex().left(12));
     const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
     if (!runtime.isEmpty() && QFileInfo(runtime).isDir())
         return QDir(runtime).filePath(QStringLiteral("quillet-%1.socket").arg(id));

@@ -38,8 +38,8 @@ void notifyEnd(const TerminalShell& shell, const QString& dest) {
                                      .arg(shell.processed())
                                      .arg(shell.total())
                                      .arg(dest);
-    DesktopNotification().send(whole ? QStringLiteral("Processing Completed") : QStringLiteral("Processing Incomplete"),
-                               body);
+    DesktopNotification().send(
+        whole ? QStringLiteral("Processing Completed") : QStringLiteral("Processing Incomplete"), body);
 }
 
 TerminalShell::Conflict conflictPolicy(const ProcessRequest& request, bool canAsk) {

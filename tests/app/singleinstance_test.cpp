@@ -47,10 +47,11 @@ class SingleInstanceTest : public GuiTest {
 TEST_F(SingleInstanceTest, ASecondStartHandsItsPathsToTheRunningWindowAsOneBatch) {
     SingleInstance first(socketPath());
     ASSERT_EQ(first.start({}), SingleInstance::Start::First);
-    QObject::connect(&first, &SingleInstance::pathsReceived, controller.get(), [this](const QStringList& paths) {
-        for (const QString& path : paths)
-            controller->openFile(path);
-    });
+    QObject::connect(&first, &SingleInstance::pathsReceived, controller.get(),
+                     [this](const QStringList& paths) {
+                         for (const QString& path : paths)
+                             controller->openFile(path);
+                     });
     int batches = 0;
     QObject::connect(controller.get(), &AppController::batchEnded, [&batches] { ++batches; });
     const QStringList pictures = makePictures(in(), 3);
@@ -81,7 +82,8 @@ TEST_F(SingleInstanceTest, ACrashedWindowsSocketIsTakenOver) {
     SingleInstance first(path);
     ASSERT_EQ(first.start({}), SingleInstance::Start::First);
     QStringList received{QStringLiteral("nothing yet")};
-    QObject::connect(&first, &SingleInstance::pathsReceived, [&received](const QStringList& paths) { received = paths; });
+    QObject::connect(&first, &SingleInstance::pathsReceived,
+                     [&received](const QStringList& paths) { received = paths; });
     // A start without paths only asks for the window.
     SecondStart second({});
     ASSERT_TRUE(second.exitedWithin(20000));

@@ -26,7 +26,8 @@ class DesktopNotificationTest : public ::testing::Test {
 TEST_F(DesktopNotificationTest, SendReachesTheServiceWithTheApplicationsIdentity) {
     ASSERT_TRUE(bus.serveNotifications(recorder));
     const DesktopNotification notification(bus.connect(QStringLiteral("client")));
-    EXPECT_TRUE(notification.send(QStringLiteral("Processing Completed"), QStringLiteral("3 files processed into /out")));
+    EXPECT_TRUE(notification.send(QStringLiteral("Processing Completed"),
+                                  QStringLiteral("3 files processed into /out")));
 
     const auto received = recorder.received();
     ASSERT_EQ(received.size(), 1u);
@@ -43,7 +44,8 @@ TEST_F(DesktopNotificationTest, SendReachesTheServiceWithTheApplicationsIdentity
 TEST_F(DesktopNotificationTest, PostArrivesWithoutBlocking) {
     ASSERT_TRUE(bus.serveNotifications(recorder));
     const DesktopNotification notification(bus.connect(QStringLiteral("client")));
-    notification.post(QStringLiteral("Processing Cancelled"), QStringLiteral("2 of 5 files processed into /out"));
+    notification.post(QStringLiteral("Processing Cancelled"),
+                      QStringLiteral("2 of 5 files processed into /out"));
     QElapsedTimer timer;
     timer.start();
     while (recorder.received().empty() && timer.elapsed() < 5000) {
@@ -63,8 +65,8 @@ TEST_F(DesktopNotificationTest, NoServiceOrNoBusIsQuietlyNothing) {
                      .send(QStringLiteral("Processing Completed"), QString(), 20000));
     EXPECT_LT(timer.elapsed(), 5000);
 
-    const QDBusConnection nowhere =
-        QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent/bus"), QStringLiteral("nowhere"));
+    const QDBusConnection nowhere = QDBusConnection::connectToBus(
+        QStringLiteral("unix:path=/nonexistent/bus"), QStringLiteral("nowhere"));
     const DesktopNotification offline(nowhere);
     EXPECT_FALSE(offline.send(QStringLiteral("Processing Completed"), QString()));
     offline.post(QStringLiteral("Processing Completed"), QString());

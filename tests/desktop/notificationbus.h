@@ -26,14 +26,16 @@ class NotificationRecorder : public QDBusVirtualObject {
   public:
     QString introspect(const QString&) const override { return {}; }
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
-        if (message.member() != QLatin1String("Notify") || message.signature() != QLatin1String("susssasa{sv}i"))
+        if (message.member() != QLatin1String("Notify") ||
+            message.signature() != QLatin1String("susssasa{sv}i"))
             return false;
         const QVariantList a = message.arguments();
         const QVariantMap hints = qdbus_cast<QVariantMap>(a.at(6));
         {
             const std::lock_guard lock(m_mutex);
-            m_received.push_back({a.at(0).toString(), a.at(2).toString(), a.at(3).toString(), a.at(4).toString(),
-                                  hints.value(QStringLiteral("desktop-entry")).toString(), a.at(7).toInt()});
+            m_received.push_back({a.at(0).toString(), a.at(2).toString(), a.at(3).toString(),
+                                  a.at(4).toString(), hints.value(QStringLiteral("desktop-entry")).toString(),
+                                  a.at(7).toInt()});
         }
         connection.send(message.createReply(QVariant::fromValue(7u)));
         return true;
