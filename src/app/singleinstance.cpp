@@ -42,9 +42,11 @@ QString SingleInstance::socketPathFor(const QString& settingsFile) {
 
 SingleInstance::Start SingleInstance::start(const QStringList& paths) {
     // Two starts at the same moment must not both decide they are first and
-    // remove each other's socket.
+    // remove each other's socket. A lock that cannot be had in time (a stuck
+    // start) is gone past: the worst left is a second window.
     QLockFile lock(m_socketPath + QStringLiteral(".lock"));
-    lock.tryLock(AnswerTimeoutMs);
+    const bool locked = lock.tryLock(AnswerTimeoutMs);
+    Q_UNUSED(locked)
     switch (handOver(paths)) {
     case HandOver::Taken:
         return Start::HandedOver;
