@@ -29,7 +29,7 @@ bool DesktopNotification::send(const QString& summary, const QString& body, int 
 
 void DesktopNotification::post(const QString& summary, const QString& body) const {
     if (m_bus.isConnected())
-        m_bus.asyncCall(message(summary, body));
+        m_bus.send(message(summary, body)); // the reply, an id, is not needed
 }
 
 } // namespace quillet

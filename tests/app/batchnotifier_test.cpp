@@ -17,11 +17,12 @@ class BatchNotifierTest : public GuiTest {
         GuiTest::SetUp();
         if (!bus.running())
             GTEST_SKIP() << "dbus-daemon is missing (package dbus-daemon): no private session bus";
-        ASSERT_TRUE(bus.serveNotifications(recorder));
+        recorder = bus.serveNotifications();
+        ASSERT_TRUE(recorder);
         QObject::connect(controller.get(), &AppController::batchEnded, &notifier, &BatchNotifier::batchEnded);
     }
     PrivateBus bus;
-    NotificationRecorder recorder;
+    NotificationRecorder* recorder = nullptr;
     DesktopNotification notification{bus.connect(QStringLiteral("application"))};
     bool windowActive = false;
     BatchNotifier notifier{notification, [this] { return windowActive; }};
@@ -29,8 +30,8 @@ class BatchNotifierTest : public GuiTest {
 
 TEST_F(BatchNotifierTest, ABatchEndingBehindAnotherWindowIsNotified) {
     ASSERT_TRUE(runBatch(makePictures(in(), 2)));
-    ASSERT_TRUE(waitFor([this] { return !recorder.received().empty(); }, 5000));
-    const auto received = recorder.received();
+    ASSERT_TRUE(waitFor([this] { return !recorder->received().empty(); }, 5000));
+    const auto received = recorder->received();
     ASSERT_EQ(received.size(), 1u);
     EXPECT_EQ(received[0].summary, QStringLiteral("Processing Completed"));
     EXPECT_EQ(received[0].body, QStringLiteral("2 files processed into %1").arg(out));
@@ -45,7 +46,7 @@ TEST_F(BatchNotifierTest, NothingWhileTheWindowIsActiveOrWhenQuitting) {
     controller->requestQuit();
     ASSERT_TRUE(waitForIdle());
     waitFor([] { return false; }, 300);
-    EXPECT_TRUE(recorder.received().empty());
+    EXPECT_TRUE(recorder->received().empty());
 }
 
 } // namespace

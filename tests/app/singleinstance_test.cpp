@@ -18,7 +18,8 @@ class SecondStart {
   public:
     explicit SecondStart(const QStringList& args) {
         m_process.setProcessChannelMode(QProcess::MergedChannels);
-        m_process.start(QStringLiteral(QUILLET_GUI_PATH), args);
+        m_process.start(QStringLiteral(QUILLET_GUI_PATH),
+                        QStringList{QStringLiteral("--settings"), SettingsStore::open()->fileName()} + args);
     }
     ~SecondStart() {
         // A start that did not hand over opened a window of its own.
@@ -62,7 +63,7 @@ TEST_F(SingleInstanceTest, ASecondStartHandsItsPathsToTheRunningWindowAsOneBatch
     ASSERT_TRUE(waitFor([&batches] { return batches > 0; }));
     waitForIdle();
     EXPECT_EQ(batches, 1);
-    for (const QString& name : {"pic00.jpg", "pic01.jpg", "pic02.jpg"})
+    for (const char* name : {"pic00.jpg", "pic01.jpg", "pic02.jpg"})
         EXPECT_TRUE(QFileInfo::exists(o(QLatin1String(name)))) << name;
 }
 

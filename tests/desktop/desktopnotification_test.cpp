@@ -20,16 +20,16 @@ class DesktopNotificationTest : public ::testing::Test {
             GTEST_SKIP() << "dbus-daemon is missing (package dbus-daemon): no private session bus";
     }
     PrivateBus bus;
-    NotificationRecorder recorder;
 };
 
 TEST_F(DesktopNotificationTest, SendReachesTheServiceWithTheApplicationsIdentity) {
-    ASSERT_TRUE(bus.serveNotifications(recorder));
+    NotificationRecorder* recorder = bus.serveNotifications();
+    ASSERT_TRUE(recorder);
     const DesktopNotification notification(bus.connect(QStringLiteral("client")));
     EXPECT_TRUE(notification.send(QStringLiteral("Processing Completed"),
                                   QStringLiteral("3 files processed into /out")));
 
-    const auto received = recorder.received();
+    const auto received = recorder->received();
     ASSERT_EQ(received.size(), 1u);
     EXPECT_EQ(received[0].appName, QStringLiteral("Quillet"));
     EXPECT_EQ(received[0].summary, QStringLiteral("Processing Completed"));
@@ -42,18 +42,19 @@ TEST_F(DesktopNotificationTest, SendReachesTheServiceWithTheApplicationsIdentity
 }
 
 TEST_F(DesktopNotificationTest, PostArrivesWithoutBlocking) {
-    ASSERT_TRUE(bus.serveNotifications(recorder));
+    NotificationRecorder* recorder = bus.serveNotifications();
+    ASSERT_TRUE(recorder);
     const DesktopNotification notification(bus.connect(QStringLiteral("client")));
     notification.post(QStringLiteral("Processing Cancelled"),
                       QStringLiteral("2 of 5 files processed into /out"));
     QElapsedTimer timer;
     timer.start();
-    while (recorder.received().empty() && timer.elapsed() < 5000) {
+    while (recorder->received().empty() && timer.elapsed() < 5000) {
         QCoreApplication::processEvents();
         QThread::msleep(5);
     }
-    ASSERT_EQ(recorder.received().size(), 1u);
-    EXPECT_EQ(recorder.received()[0].summary, QStringLiteral("Processing Cancelled"));
+    ASSERT_EQ(recorder->received().size(), 1u);
+    EXPECT_EQ(recorder->received()[0].summary, QStringLiteral("Processing Cancelled"));
 }
 
 // A session without a notification daemon, or without a bus: nothing is

@@ -8,8 +8,10 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QStringList>
+#include <QThread>
 #include <QVariantMap>
 
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -67,6 +69,9 @@ class PrivateBus {
     ~PrivateBus() {
         for (const QString& name : m_names)
             QDBusConnection::disconnectFromBus(name);
+        m_serviceThread.quit();
+        m_serviceThread.wait();
+        m_recorder.reset();
         m_daemon.kill();
         m_daemon.waitForFinished();
     }
@@ -79,15 +84,25 @@ class PrivateBus {
         m_names.append(name);
         return QDBusConnection::connectToBus(m_address, name);
     }
-    // Puts the notification service on the bus, served by `recorder`.
-    bool serveNotifications(NotificationRecorder& recorder) {
+    // Puts the notification service on the bus; null when it could not be.
+    // It answers on a thread of its own, as another program would, so a
+    // caller may block on the reply.
+    NotificationRecorder* serveNotifications() {
+        m_recorder = std::make_unique<NotificationRecorder>();
+        m_serviceThread.start();
+        m_recorder->moveToThread(&m_serviceThread);
         QDBusConnection service = connect(QStringLiteral("notification-service"));
-        return service.registerVirtualObject(QStringLiteral("/org/freedesktop/Notifications"), &recorder) &&
-               service.registerService(QStringLiteral("org.freedesktop.Notifications"));
+        if (!service.registerVirtualObject(QStringLiteral("/org/freedesktop/Notifications"),
+                                           m_recorder.get()) ||
+            !service.registerService(QStringLiteral("org.freedesktop.Notifications")))
+            return nullptr;
+        return m_recorder.get();
     }
 
   private:
     QProcess m_daemon;
+    QThread m_serviceThread;
+    std::unique_ptr<NotificationRecorder> m_recorder;
     QString m_address;
     QStringList m_names;
 };

@@ -1,3 +1,4 @@
+cmake_minimum_required(VERSION 3.25)
 # Installs the build under /usr into a staging folder (DESTDIR) and compares
 # the staged tree with what a desktop expects: every file there, executables
 # executable, and nothing else (no test or benchmark programs, libraries or
