@@ -14,6 +14,9 @@ packages=(
   libimage-exiftool-perl clang libclang-rt-14-dev xvfb x11-utils
   # benchmark competitors and measurement
   libvips-tools graphicsmagick imagemagick time
+  # the Debian package, its checks (launcher, metainfo, a private session bus
+  # for the notifications) and the icon renderer
+  dpkg-dev fakeroot file desktop-file-utils appstream dbus-daemon librsvg2-bin
 )
 
 missing=()

@@ -1,14 +1,18 @@
 #include "app/models/appcontroller.h"
 #include "app/models/appmodels.h"
+#include "app/models/batchnotifier.h"
 #include "app/models/desktopservices.h"
+#include "app/models/singleinstance.h"
 #include "app/widgets/main/mainwindow.h"
 #include "app/widgets/settings/settingspanel.h"
 #include "app/widgets/sheets/sheets.h"
+#include "desktop/desktopnotification.h"
 #include "engine/batch/batchenvironment.h"
 #include "support/settingsstore.h"
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QIcon>
 #include <QPalette>
 #include <QStyleFactory>
 #include <QTimer>
@@ -56,14 +60,60 @@ void useDarkPalette(QApplication& app) {
     QApplication::setPalette(palette);
 }
 
+// The drawn icon at every size it comes in, for a desktop without the
+// installed theme icon (a run from the build folder).
+QIcon applicationIcon() {
+    QIcon bundled;
+    for (const int size : {16, 22, 24, 32, 48, 64, 128, 256, 512})
+        bundled.addFile(QStringLiteral(":/icons/hicolor/%1x%1/apps/%2.png")
+                            .arg(size)
+                            .arg(QLatin1String(DesktopNotification::ApplicationId)));
+    return QIcon::fromTheme(QLatin1String(DesktopNotification::ApplicationId), bundled);
+}
+
+// Answers --help, --version and bad usage before there is a QApplication,
+// which aborts without a display. Qt's own options, which QApplication takes
+// out later, only pass through here as paths. Returns the exit status, or -1
+// to go on.
+int earlyExit(int argc, char* argv[]) {
+    for (int i = 1; i < argc; ++i) {
+        const QString arg = QString::fromLocal8Bit(argv[i]);
+        if (arg == QLatin1String("-h") || arg == QLatin1String("--help")) {
+            std::fputs(usage, stdout);
+            return 0;
+        }
+        if (arg == QLatin1String("--version")) {
+            std::printf("quillet-gui %s\n", QUILLET_VERSION);
+            return 0;
+        }
+        if (arg == QLatin1String("--settings") || arg == QLatin1String("--show")) {
+            const QString value = i + 1 < argc ? QString::fromLocal8Bit(argv[++i]) : QString();
+            if (arg == QLatin1String("--settings") && value.isEmpty()) {
+                std::fprintf(stderr, "quillet-gui: --settings needs a file\n\n%s", usage);
+                return 2;
+            }
+            if (arg == QLatin1String("--show") && value != QLatin1String("watermarks") &&
+                value != QLatin1String("rename")) {
+                std::fprintf(stderr, "quillet-gui: --show takes 'watermarks' or 'rename'\n\n%s", usage);
+                return 2;
+            }
+        }
+    }
+    return -1;
+}
+
 } // namespace
 
 int main(int argc, char* argv[]) {
+    if (const int status = earlyExit(argc, argv); status >= 0)
+        return status;
     QApplication app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Korvane"));
     QCoreApplication::setApplicationName(QStringLiteral("Quillet"));
     QCoreApplication::setApplicationVersion(QStringLiteral(QUILLET_VERSION));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Quillet"));
+    QGuiApplication::setDesktopFileName(QLatin1String(DesktopNotification::ApplicationId));
+    QApplication::setWindowIcon(applicationIcon());
 
     QStringList paths;
     bool dark = false;
@@ -101,6 +151,21 @@ int main(int argc, char* argv[]) {
         }
         paths.append(QFileInfo(arg).absoluteFilePath());
     }
+
+    // A window already open on the same settings store takes the paths.
+    SingleInstance instance(SingleInstance::socketPathFor(SettingsStore::open()->fileName()));
+    switch (instance.start(paths)) {
+    case SingleInstance::Start::HandedOver:
+        return 0;
+    case SingleInstance::Start::Unanswered:
+        std::fputs("quillet-gui: the open Quillet window does not answer; try again once it does\n", stderr);
+        return 1;
+    case SingleInstance::Start::Alone:
+        std::fputs("quillet-gui: cannot listen for later starts; each will open its own window\n", stderr);
+        break;
+    case SingleInstance::Start::First:
+        break;
+    }
     if (VIPS_INIT(argv[0]) != 0) {
         std::fprintf(stderr, "quillet-gui: cannot start the image library: %s\n", vips_error_buffer());
         return 1;
@@ -116,6 +181,15 @@ int main(int argc, char* argv[]) {
             useDarkPalette(app);
         MainWindow window(controller, models, sheets);
         window.show();
+        const DesktopNotification notification;
+        BatchNotifier notifier(notification, [&window] { return window.isActiveWindow(); });
+        QObject::connect(&controller, &AppController::batchEnded, &notifier, &BatchNotifier::batchEnded);
+        QObject::connect(&instance, &SingleInstance::pathsReceived, &window, [&](const QStringList& later) {
+            for (const QString& path : later)
+                controller.openFile(path);
+            window.raise();
+            window.activateWindow();
+        });
         if (panel == QLatin1String("watermarks"))
             QTimer::singleShot(0, &window, [&window] { window.settingsPanel()->showWatermarks(); });
         else if (panel == QLatin1String("rename"))

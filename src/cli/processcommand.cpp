@@ -3,6 +3,7 @@
 #include "cli/processsignals.h"
 #include "cli/terminalinput.h"
 #include "cli/terminalshell.h"
+#include "desktop/desktopnotification.h"
 #include "engine/batch/batchenvironment.h"
 #include "engine/batch/imageprocessor.h"
 #include "support/settingsstore.h"
@@ -18,10 +19,28 @@ namespace quillet {
 
 namespace {
 
+// Set by --notify: a run started from a file manager has no terminal to
+// read its messages on.
+bool notifyDesktop = false;
+
 int usageError(const QString& message) {
     std::fprintf(stderr, "quillet process: %s\nRun 'quillet process --help' for the options.\n",
                  message.toLocal8Bit().constData());
+    if (notifyDesktop)
+        DesktopNotification().send(QStringLiteral("Quillet could not start"), message);
     return 2;
+}
+
+void notifyEnd(const TerminalShell& shell, const QString& dest) {
+    const bool whole = shell.processed() == shell.total() && !shell.hadError();
+    const QString body = whole ? QStringLiteral("%1 files processed into %2").arg(shell.processed()).arg(dest)
+                               : QStringLiteral("%1 of %2 files processed into %3; some could not be written "
+                                                "or the run was cancelled")
+                                     .arg(shell.processed())
+                                     .arg(shell.total())
+                                     .arg(dest);
+    DesktopNotification().send(
+        whole ? QStringLiteral("Processing Completed") : QStringLiteral("Processing Incomplete"), body);
 }
 
 TerminalShell::Conflict conflictPolicy(const ProcessRequest& request, bool canAsk) {
@@ -40,6 +59,7 @@ TerminalShell::Conflict conflictPolicy(const ProcessRequest& request, bool canAs
 } // namespace
 
 int runProcess(const QStringList& args) {
+    notifyDesktop = args.contains(QStringLiteral("--notify"));
     const auto settings = SettingsStore::open();
     ProcessParse parsed = parseProcessArguments(args, *settings);
     if (!parsed.request)
@@ -109,6 +129,8 @@ int runProcess(const QStringList& args) {
     job.processFiles(request.paths, ProcessingRequest::fromRecord(request.params), request.dest,
                      request.creator, request.options);
     job.waitForFinished();
+    if (request.notify)
+        notifyEnd(shell, request.dest);
     return anyInput && shell.processed() == shell.total() && !shell.hadError() ? 0 : 1;
 }
 

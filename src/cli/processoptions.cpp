@@ -157,6 +157,10 @@ bool Parser::option(const QString& name) {
         const auto v = value(name);
         return v && (request.dest = *v, true);
     }
+    if (name == QLatin1String("--window-dest"))
+        return request.windowDest = true;
+    if (name == QLatin1String("--notify"))
+        return request.notify = true;
     if (name == QLatin1String("--preset")) {
         const auto v = value(name);
         return v && (preset = *v, true);
@@ -404,6 +408,16 @@ ProcessParse parseProcessArguments(const QStringList& args, QSettings& settings)
         return {std::move(request), {}};
     if (request.paths.isEmpty())
         return {std::nullopt, QStringLiteral("no pictures or folders to process")};
+    if (request.windowDest) {
+        if (!request.dest.isEmpty())
+            return {std::nullopt, QStringLiteral("give either --dest DIR or --window-dest, not both")};
+        // The folder selected in the window's "Output to" menu, as a drop on
+        // the window would use it.
+        const QStringList destinations = defaults.stringList(QStringLiteral("Destinations"));
+        const int selected = defaults.intValue(QStringLiteral("SelectedDestination"));
+        if (!destinations.isEmpty())
+            request.dest = destinations.at(selected >= 0 && selected < destinations.size() ? selected : 0);
+    }
     if (request.dest.isEmpty())
         return {std::nullopt, QStringLiteral("no output folder: give it with --dest DIR")};
     return {std::move(request), {}};
@@ -492,6 +506,9 @@ QString processUsage() {
         "                             the default is ask on a terminal, else skip)\n"
         "  --serial | --jobs N        one file at a time, or N files rendered at once\n"
         "  --log FILE                 also write the activity log to FILE\n"
+        "  --window-dest              write into the folder selected in the window's\n"
+        "                             \"Output to\" menu instead of --dest DIR\n"
+        "  --notify                   say how the run ended in a desktop notification\n"
         "  --shard K/N                run only part K of N of the batch: whole output\n"
         "                             folders, so the N parts give the tree of one run\n"
         "\n"

@@ -28,6 +28,8 @@ struct ProcessRequest {
     QString logFile;
     BatchShard shard; // --shard K/N
     bool help = false;
+    bool windowDest = false; // --window-dest: the window's selected output folder
+    bool notify = false;     // --notify: a desktop notification at the end
     // Stored settings that were refused and replaced by their defaults, one
     // message each, for the tool to show before the batch.
     QStringList notes;

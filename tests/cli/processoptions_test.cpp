@@ -131,6 +131,22 @@ TEST_F(ProcessOptionsTest, NamingFileOptionsAndRunningOptionsReachTheRequest) {
     EXPECT_EQ(parse("a --dest o --creator 8BIM").request->creator, 0x3842494Du);
 }
 
+// The file managers' "Convert with Quillet" writes where a drop on the window
+// would: the folder selected in its "Output to" menu.
+TEST_F(ProcessOptionsTest, WindowDestIsTheWindowsSelectedFolder) {
+    settings.setValue(QStringLiteral("Destinations"),
+                      QStringList{QStringLiteral("/d0"), QStringLiteral("/d1")});
+    settings.setValue(QStringLiteral("SelectedDestination"), 1);
+    const auto parsed = parse("a --window-dest --notify");
+    ASSERT_TRUE(parsed.request) << qPrintable(parsed.error);
+    EXPECT_EQ(parsed.request->dest, QStringLiteral("/d1"));
+    EXPECT_TRUE(parsed.request->notify);
+    // A selection past the list (a hand-edited store) is the first entry, as in the window.
+    settings.setValue(QStringLiteral("SelectedDestination"), 5);
+    EXPECT_EQ(parse("a --window-dest").request->dest, QStringLiteral("/d0"));
+    EXPECT_FALSE(parse("a --window-dest --dest o").request);
+}
+
 TEST(ProcessValuesTest, ColoursAndCodes) {
     EXPECT_EQ(ProcessValues::parseColor(QStringLiteral("#00ff0080")), (RgbaColor{0, 1, 0, 128 / 255.0}));
     EXPECT_EQ(ProcessValues::parseColor(QStringLiteral("#fff")), RgbaColor::white());

@@ -220,6 +220,7 @@ void AppController::didProcess(int processed, int total) {
         Q_EMIT readyToQuit();
         return;
     }
+    Q_EMIT batchEnded(processed, total, m_outputFolder);
     if (m_models.defaults().boolValue(QStringLiteral("RevealFolder")) &&
         !samePath(m_outputFolder, desktopFolder()))
         m_desktop.revealFolder(m_outputFolder);

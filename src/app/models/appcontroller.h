@@ -74,6 +74,8 @@ class AppController : public QObject {
     void outputFolderChanged(const QString& folder);
     void creatorsChanged();
     void readyToQuit();
+    // A batch ended (not on quitting), after the status line says so.
+    void batchEnded(int processed, int total, const QString& outputFolder);
 
   private:
     void processSingleFile(const QString& path, int option);
