@@ -1,7 +1,7 @@
+#include "app/guitest.h"
 #include "app/models/batchnotifier.h"
 #include "desktop/desktopnotification.h"
 #include "desktop/notificationbus.h"
-#include "app/guitest.h"
 
 namespace quillet::guitest {
 namespace {

@@ -1,7 +1,7 @@
+#include "app/guitest.h"
 #include "app/models/activitylogmodel.h"
 #include "app/models/guishell.h"
 #include "app/widgets/sheets/sheets.h"
-#include "app/guitest.h"
 
 #include <thread>
 

@@ -1,5 +1,5 @@
-#include "app/models/singleinstance.h"
 #include "app/guitest.h"
+#include "app/models/singleinstance.h"
 
 #include <QProcess>
 

@@ -557,10 +557,10 @@ TEST_F(BatchTest, SingleFileRunWorksOnTheBatchThreadAndHandsItsOutputBack) {
     batchtree::text(p("notes.txt"));
     ImageProcessor job(shell, renamer);
     std::promise<std::pair<std::optional<QString>, std::thread::id>> result;
-    ASSERT_TRUE(
-        job.processSingleFile(p("one.png"), ProcessingRequest::fromRecord(params), true, options, [&](const std::optional<QString>& output) {
-            result.set_value({output, std::this_thread::get_id()});
-        }));
+    ASSERT_TRUE(job.processSingleFile(p("one.png"), ProcessingRequest::fromRecord(params), true, options,
+                                      [&](const std::optional<QString>& output) {
+                                          result.set_value({output, std::this_thread::get_id()});
+                                      }));
     const auto [output, thread] = result.get_future().get();
     job.waitForFinished();
     ASSERT_TRUE(output);

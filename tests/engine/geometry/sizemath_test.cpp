@@ -49,7 +49,11 @@ TEST(SizeMath, LayoutCanvasAndRectangles) {
         {"HeightOfAThinPicture", toHeightLayout({1, 1000}, 100, false), {1, 1000}, {1, 100}},
         {"FitThin", fitLayout({1000, 1}, {100, 100}, false, false), {1000, 1}, {100, 1}},
         {"FitThinTall", fitLayout({1, 1000}, {100, 100}, false, false), {1, 1000}, {1, 100}},
-        {"FillThin", fillLayout({1000, 1}, {100, 100}, false, false), {1000, 1}, {100, 100}, {0, 49.5f, 100, 1}},
+        {"FillThin",
+         fillLayout({1000, 1}, {100, 100}, false, false),
+         {1000, 1},
+         {100, 100},
+         {0, 49.5f, 100, 1}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
