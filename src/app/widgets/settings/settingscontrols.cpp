@@ -3,6 +3,7 @@
 #include "app/models/settingsmodel.h"
 #include "app/widgets/views/colorwell.h"
 #include "app/widgets/views/kvstepper.h"
+#include "app/widgets/views/schemamenu.h"
 #include "settings/settingsschema.h"
 
 #include <QCheckBox>
@@ -23,15 +24,6 @@ namespace {
 
 namespace K = ParamKey;
 
-QComboBox* choiceMenu(const char* key, const QString& name) {
-    auto* menu = new QComboBox;
-    menu->setObjectName(name);
-    if (const SettingKey* entry = SettingsSchema::find(QLatin1String(key)))
-        for (const SettingChoice& choice : entry->choices)
-            menu->addItem(QObject::tr(choice.displayName.toUtf8().constData()), choice.code);
-    return menu;
-}
-
 // A number field; an empty field (a disabled one) holds 0, shown as nothing.
 KVStepper* numberField(const char* key, const QString& name, int step, const QString& suffix = {}) {
     auto* field = new KVStepper;
@@ -42,11 +34,6 @@ KVStepper* numberField(const char* key, const QString& name, int step, const QSt
     field->setSpecialValueText(QStringLiteral(" "));
     field->setSuffix(suffix);
     return field;
-}
-
-void selectCode(QComboBox* menu, int code) {
-    const QSignalBlocker block(menu);
-    menu->setCurrentIndex(menu->findData(code));
 }
 
 void display(KVStepper* field, int value, bool enabled) {
@@ -111,8 +98,8 @@ SettingsControls::SettingsControls(SettingsModel& model, Sheets& sheets, const Q
 }
 
 void SettingsControls::build(Sheets& sheets, const QStringList& resolutionSet) {
-    m_rotation = choiceMenu(K::Rotation, QStringLiteral("rotation"));
-    m_scaleType = choiceMenu(K::ScaleType, QStringLiteral("scaleType"));
+    m_rotation = schemaMenu(K::Rotation, QStringLiteral("rotation"));
+    m_scaleType = schemaMenu(K::ScaleType, QStringLiteral("scaleType"));
     m_width = numberField(K::Width, QStringLiteral("width"), 1, tr(" px"));
     m_height = numberField(K::Height, QStringLiteral("height"), 1, tr(" px"));
     m_crop = numberField(K::CropAreaPercentage, QStringLiteral("cropArea"), 5, tr(" %"));
@@ -121,7 +108,7 @@ void SettingsControls::build(Sheets& sheets, const QStringList& resolutionSet) {
     m_percent = numberField(K::ScalePercent, QStringLiteral("scalePercent"), 10, tr(" %"));
     m_downOnly = new QCheckBox(tr("Only scale down"));
     m_downOnly->setObjectName(QStringLiteral("scaleDownOnly"));
-    m_interpolation = choiceMenu(K::ScaleQuality, QStringLiteral("scaleQuality"));
+    m_interpolation = schemaMenu(K::ScaleQuality, QStringLiteral("scaleQuality"));
 
     auto* nonePage = new QLabel(tr("Pictures keep their size."));
     auto* sizesPage = new QWidget;
@@ -149,7 +136,7 @@ void SettingsControls::build(Sheets& sheets, const QStringList& resolutionSet) {
     geometryForm->addRow(QString(), m_downOnly);
     geometryForm->addRow(tr("Interpolation:"), m_interpolation);
 
-    m_format = choiceMenu(K::FileFormat, QStringLiteral("fileFormat"));
+    m_format = schemaMenu(K::FileFormat, QStringLiteral("fileFormat"));
     m_quality = numberField(K::JpegQuality, QStringLiteral("jpegQuality"), 5);
     m_quality->setSpecialValueText(QString());
     m_sizeLimitOn = new QCheckBox(tr("Limit file size to"));

@@ -5,6 +5,7 @@
 #include "app/widgets/sheets/sheets.h"
 #include "app/widgets/views/colorwell.h"
 #include "app/widgets/views/kvstepper.h"
+#include "app/widgets/views/schemamenu.h"
 #include "app/widgets/views/singledropview.h"
 #include "settings/settingsschema.h"
 
@@ -26,19 +27,10 @@ namespace {
 
 namespace K = ParamKey;
 
-QComboBox* menuOf(const char* key, const QString& name) {
-    auto* menu = new QComboBox;
-    menu->setObjectName(name);
-    if (const SettingKey* entry = SettingsSchema::find(QLatin1String(key)))
-        for (const SettingChoice& choice : entry->choices)
-            menu->addItem(QObject::tr(choice.displayName.toUtf8().constData()), choice.code);
-    return menu;
-}
-
 // The positions, with "Nowhere" (code 0: the picture is not drawn) apart at
 // the end, where it is not taken for a place on the picture.
 QComboBox* locationMenu() {
-    QComboBox* menu = menuOf(K::WatermarkLocation, QStringLiteral("watermarkLocation"));
+    QComboBox* menu = schemaMenu(K::WatermarkLocation, QStringLiteral("watermarkLocation"));
     const int nowhere = menu->findData(0);
     if (nowhere < 0)
         return menu;
@@ -48,11 +40,6 @@ QComboBox* locationMenu() {
     menu->addItem(title, 0);
     menu->setItemData(menu->count() - 1, QObject::tr("The picture watermark is not drawn."), Qt::ToolTipRole);
     return menu;
-}
-
-void selectCode(QComboBox* menu, int code) {
-    const QSignalBlocker block(menu);
-    menu->setCurrentIndex(menu->findData(code));
 }
 
 void setChecked(QCheckBox* box, bool on) {
@@ -120,9 +107,9 @@ void WatermarkWindow::build() {
             m_fields.append(box);
         }
     }
-    m_size = menuOf(K::DynWatermarkSize, QStringLiteral("textSize"));
+    m_size = schemaMenu(K::DynWatermarkSize, QStringLiteral("textSize"));
     m_size->setAccessibleName(tr("Text size"));
-    m_style = menuOf(K::DynWatermarkStyle, QStringLiteral("textStyle"));
+    m_style = schemaMenu(K::DynWatermarkStyle, QStringLiteral("textStyle"));
     m_style->setAccessibleName(tr("Text style"));
     m_band = new ColorWell(m_sheets);
     m_band->setObjectName(QStringLiteral("textBackgroundColor"));
