@@ -1,6 +1,7 @@
 #include "app/guishell.h"
 
 #include "app/activitylogmodel.h"
+#include "app/batcherrortext.h"
 #include "app/confirmreplacesheet.h"
 #include "app/sheets.h"
 #include "app/thumbnailimage.h"
@@ -75,8 +76,8 @@ void GuiShell::beginOverwriteWarningSheet() {
         tr("Skip All"), {}, {});
 }
 
-void GuiShell::runMessageSheet(const QString& title, const QString& message) {
-    m_sheets.runMessageSheet(title, message);
+void GuiShell::reportError(const BatchError& error) {
+    m_sheets.runMessageSheet(BatchErrorText::title(error), BatchErrorText::message(error));
 }
 
 void GuiShell::didProcess(int processed, int total) {

@@ -31,7 +31,7 @@ class GuiShell : public QObject, public BatchShell {
     void setStatus(const QString& text, const std::optional<vips::VImage>& thumbnail) override;
     int confirmReplace(const QString& path) override;
     void beginOverwriteWarningSheet() override;
-    void runMessageSheet(const QString& title, const QString& message) override;
+    void reportError(const BatchError& error) override;
     void didProcess(int processed, int total) override;
     void clearStatus() override;
 
