@@ -14,7 +14,7 @@ GuiShell::GuiShell(ActivityLogModel& log, Sheets& sheets, QObject* parent)
 void GuiShell::post(std::function<void()> call) {
     // Queued even on the main thread: the caller may hold the job's lock,
     // and calls must keep their order with those from the batch thread.
-    QMetaObject::invokeMethod(this, std::move(call), Qt::QueuedConnection);
+    m_calls.post(std::move(call));
 }
 
 void GuiShell::writeActivity(const QString& line) {

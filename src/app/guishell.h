@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/queuedcalls.h"
 #include "engine/batch/batchshell.h"
 
 #include <QImage>
@@ -50,6 +51,7 @@ class GuiShell : public QObject, public BatchShell {
 
     ActivityLogModel& m_log;
     Sheets& m_sheets;
+    QueuedCalls m_calls{this};
     std::mutex m_statusMutex;
     QString m_statusText;
     QImage m_statusThumbnail;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/queuedcalls.h"
 #include "app/sheetrequest.h"
 
 #include <QDialog>
@@ -85,6 +86,7 @@ class Sheets : public QObject {
     std::optional<int> m_dismissCode;
     std::deque<SheetAnswer> m_nextAnswers;
     std::function<std::optional<SheetAnswer>(const SheetRequest&)> m_hook;
+    QueuedCalls m_calls{this};
 };
 
 } // namespace quillet
