@@ -57,7 +57,7 @@ geometry() {
             /Absolute upper-left X/ {x=$NF} /Absolute upper-left Y/ {y=$NF}
             /Width:/ {w=$NF} /Height:/ {h=$NF} /Map State: IsViewable/ {v=1}
             END {if (v) printf "%sx%s+%s+%s\n", w, h, x, y}'
-    done | head -n 1
+    done | awk 'NR == 1'
 }
 wait_for() { # name, tries of 0.1 s
     for _ in $(seq "$2"); do

@@ -1,5 +1,6 @@
 #include "cli/consolereport.h"
 
+#include "cli/consolemessages.h"
 #include "inplace/jpegtranrunner.h"
 #include "settings/userdefaults.h"
 #include "support/settingsstore.h"
@@ -42,8 +43,11 @@ void ConsoleReport::showProgress(const QString& status, int value) {
     std::fflush(m_out);
 }
 
-void ConsoleReport::showAlert(const QString& title, const QString& text, const QString&) {
-    std::fprintf(m_err, "%s: %s\n", title.toLocal8Bit().constData(), text.toLocal8Bit().constData());
+void ConsoleReport::showAlert(InplaceAlert alert, const QStringList& files) {
+    std::fprintf(m_err, "%s\n", ConsoleMessages::inplaceAlert(alert).toLocal8Bit().constData());
+    for (const QString& path : files)
+        std::fprintf(m_err, "  %s\n", QDir::toNativeSeparators(path).toLocal8Bit().constData());
+    std::fflush(m_err);
 }
 
 int ConsoleReport::run(InplaceAction action, const QStringList& files, bool keepBackup,
@@ -81,10 +85,7 @@ int ConsoleReport::run(InplaceAction action, const QStringList& files, bool keep
         std::fputs("quillet: cancelled\n", stderr);
         return 130;
     }
-    const QStringList bad = session.badFiles();
-    for (const QString& path : bad)
-        std::fprintf(stderr, "  %s\n", QDir::toNativeSeparators(path).toLocal8Bit().constData());
-    return bad.isEmpty() ? 0 : 1;
+    return session.badFiles().isEmpty() ? 0 : 1;
 }
 
 } // namespace quillet

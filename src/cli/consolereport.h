@@ -24,7 +24,8 @@ class ConsoleReport final : public ActivityLog, public InplaceView {
     void beginProgress(int maximum) override { m_maximum = maximum; }
     void showProgress(const QString& status, int value) override;
     void endProgress() override {}
-    void showAlert(const QString& title, const QString& text, const QString& button) override;
+    // The alert's line, then the files it is about, one a line.
+    void showAlert(InplaceAlert alert, const QStringList& files) override;
 
   private:
     std::FILE* m_out;

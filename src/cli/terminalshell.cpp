@@ -1,5 +1,7 @@
 #include "cli/terminalshell.h"
 
+#include "cli/consolemessages.h"
+
 #include <QFileInfo>
 
 namespace quillet {
@@ -167,11 +169,11 @@ void TerminalShell::beginOverwriteWarningSheet() {
         true);
 }
 
-void TerminalShell::runMessageSheet(const QString& title, const QString& message) {
+void TerminalShell::reportError(const BatchError& error) {
     // Shown after the completion line, as the report's last word.
     std::lock_guard lock(m_mutex);
     m_hadError = true;
-    m_error = QStringLiteral("%1: %2").arg(title, message);
+    m_error = ConsoleMessages::batchError(error);
 }
 
 void TerminalShell::didProcess(int processed, int total) {

@@ -46,7 +46,7 @@ class TerminalShell final : public BatchShell {
     void writeWarningActivity(const QString& line) override;
     int confirmReplace(const QString& path) override;
     void beginOverwriteWarningSheet() override;
-    void runMessageSheet(const QString& title, const QString& message) override;
+    void reportError(const BatchError& error) override;
     void didProcess(int processed, int total) override;
     bool wantsThumbnails() const override { return false; }
 

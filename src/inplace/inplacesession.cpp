@@ -78,8 +78,7 @@ void InplaceSession::didCompleteWithBadFiles(const QStringList& badFiles) {
     }
     m_view.endProgress();
     if (!badFiles.isEmpty())
-        m_view.showAlert(QLatin1String(NonJpegTitle), QLatin1String(NonJpegText),
-                         QLatin1String(NonJpegButton));
+        m_view.showAlert(InplaceAlert::NonJpegFiles, badFiles);
 }
 
 } // namespace quillet

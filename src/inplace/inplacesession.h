@@ -12,6 +12,12 @@ namespace quillet {
 
 class UserDefaults;
 
+// What a run tells the user about once it has ended.
+enum class InplaceAlert {
+    // Some files could not be turned (not JPEGs, or the tool failed on them).
+    NonJpegFiles
+};
+
 // What the in-place panel shows while a run goes. Called on the run's thread.
 class InplaceView {
   public:
@@ -20,7 +26,8 @@ class InplaceView {
     virtual void beginProgress(int maximum) = 0;
     virtual void showProgress(const QString& status, int value) = 0;
     virtual void endProgress() = 0;
-    virtual void showAlert(const QString& title, const QString& text, const QString& button) = 0;
+    // Worded by the front end; `files` are the ones the alert is about.
+    virtual void showAlert(InplaceAlert alert, const QStringList& files) = 0;
 };
 
 // The seven drop targets of the in-place panel.
@@ -40,10 +47,6 @@ enum class InplaceAction {
 class InplaceSession final : public InplaceDelegate {
   public:
     static constexpr char KeepBackupKey[] = "KeepBackup";
-    static constexpr char NonJpegTitle[] = "Non-JPEG Files";
-    static constexpr char NonJpegText[] =
-        "Lossless JPEG operations can only be performed on JPEG files. Non-JPEG files ignored.";
-    static constexpr char NonJpegButton[] = "Okay";
     static constexpr char CancellingText[] = "Cancelling ...";
 
     // keepBackup starts from the "KeepBackup" setting of the given store.

@@ -20,16 +20,13 @@ void ActivityLogModel::append(const QString& line, bool warning) {
             return;
         m_notifyPosted = true;
     }
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            {
-                std::lock_guard lock(m_mutex);
-                m_notifyPosted = false;
-            }
-            Q_EMIT linesAdded();
-        },
-        Qt::QueuedConnection);
+    m_calls.post([this] {
+        {
+            std::lock_guard lock(m_mutex);
+            m_notifyPosted = false;
+        }
+        Q_EMIT linesAdded();
+    });
 }
 
 void ActivityLogModel::clear() {

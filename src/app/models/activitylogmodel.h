@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/models/queuedcalls.h"
 #include "support/activitylog.h"
 
 #include <QList>
@@ -45,6 +46,7 @@ class ActivityLogModel : public QObject, public ActivityLog {
     mutable std::mutex m_mutex;
     QList<Entry> m_entries;
     bool m_notifyPosted = false;
+    QueuedCalls m_calls{this};
 };
 
 } // namespace quillet

@@ -1,6 +1,7 @@
 #include "app/models/guishell.h"
 
 #include "app/models/activitylogmodel.h"
+#include "app/models/batcherrortext.h"
 #include "app/models/questions.h"
 #include "app/models/thumbnailimage.h"
 
@@ -17,7 +18,7 @@ GuiShell::GuiShell(ActivityLogModel& log, Questions& questions, QObject* parent)
 void GuiShell::post(std::function<void()> call) {
     // Always queued, so that the window takes the calls in the order the
     // engine made them.
-    QMetaObject::invokeMethod(this, std::move(call), Qt::QueuedConnection);
+    m_calls.post(std::move(call));
 }
 
 void GuiShell::writeActivity(const QString& line) {
@@ -108,8 +109,8 @@ void GuiShell::beginOverwriteWarningSheet() {
         tr("Skip All"), {}, {});
 }
 
-void GuiShell::runMessageSheet(const QString& title, const QString& message) {
-    m_questions.runMessageSheet(title, message);
+void GuiShell::reportError(const BatchError& error) {
+    m_questions.runMessageSheet(BatchErrorText::title(error), BatchErrorText::message(error));
 }
 
 void GuiShell::didProcess(int processed, int total) {

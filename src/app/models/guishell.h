@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/models/queuedcalls.h"
 #include "engine/batch/batchshell.h"
 
 #include <QElapsedTimer>
@@ -40,7 +41,7 @@ class GuiShell : public QObject, public BatchShell {
     void setStatus(const QString& text, const std::optional<vips::VImage>& thumbnail) override;
     int confirmReplace(const QString& path) override;
     void beginOverwriteWarningSheet() override;
-    void runMessageSheet(const QString& title, const QString& message) override;
+    void reportError(const BatchError& error) override;
     void didProcess(int processed, int total) override;
     void clearStatus() override;
 
@@ -65,6 +66,7 @@ class GuiShell : public QObject, public BatchShell {
 
     ActivityLogModel& m_log;
     Questions& m_questions;
+    QueuedCalls m_calls{this};
     std::mutex m_statusMutex;
     QString m_statusText;
     QImage m_statusThumbnail;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/batch/batcherror.h"
 #include "support/activitylog.h"
 
 #include <QString>
@@ -40,8 +41,9 @@ class BatchShell : public ActivityLog {
     virtual int confirmReplace(const QString& path) = 0;
     // Tells the user, once per folder, that a source file would have been overwritten.
     virtual void beginOverwriteWarningSheet() = 0;
-    // Shows an error message after the batch.
-    virtual void runMessageSheet(const QString& title, const QString& message) = 0;
+    // Tells the user what ended a worker early; called once, after the
+    // progress sheet has ended and before didProcess.
+    virtual void reportError(const BatchError& error) = 0;
     // The batch is over: `processed` of `total` files were handled. A batch
     // cancelled while it was still listing its input reports 0 of
     // UnknownTotal.

@@ -157,24 +157,19 @@ void ImageProcessor::reportEnd(Batch& batch) {
     m_shell.endProgressSheet();
     int total = 0;
     int processed = 0;
-    int errorCode = ImageProcessorHelper::NoError;
-    QString errorMessage;
+    std::optional<BatchError> error;
     for (const ImageProcessorHelper& helper : batch.helpers) {
         total += helper.numFiles();
         processed += helper.numFilesProcessed();
-        if (helper.errorCode() != ImageProcessorHelper::NoError) {
-            errorCode = helper.errorCode();
-            errorMessage = helper.errorMessage();
-        }
+        if (helper.error())
+            error = helper.error(); // the last failing worker in tree order wins
     }
     // Cancelled before the files were all found: there is no total to
     // report the batch against.
     if (!batch.listed)
         total = BatchShell::UnknownTotal;
-    if (errorCode == ImageProcessorHelper::FolderError)
-        m_shell.runMessageSheet(QStringLiteral("Error Creating Folder"), errorMessage);
-    else if (errorCode == ImageProcessorHelper::WriteError)
-        m_shell.runMessageSheet(QStringLiteral("Write Error"), errorMessage);
+    if (error)
+        m_shell.reportError(*error);
     batch.helpers.clear();
     finish();
     m_shell.didProcess(processed, total);

@@ -39,10 +39,7 @@ ImageProcessorHelper::ImageProcessorHelper(QStringList paths, QString outputDir)
 void ImageProcessorHelper::run(BatchContext& context, BatchGate& gate, BatchRenderQueue& queue,
                                int firstTask) {
     if (!context.fileSystem.makePath(m_outputDir)) {
-        m_errorCode = FolderError;
-        m_errorMessage =
-            QStringLiteral("Unable to create folder '%1'. Please try creating it manually in the Finder.")
-                .arg(m_outputDir);
+        m_error = BatchError{BatchError::Code::FolderNotCreated, m_outputDir};
         return;
     }
     m_numFilesProcessed = 0;
@@ -50,7 +47,7 @@ void ImageProcessorHelper::run(BatchContext& context, BatchGate& gate, BatchRend
     for (int i = 0; i < m_paths.size(); ++i) {
         if (!gate.pass())
             break;
-        m_errorCode = NoError;
+        m_error.reset();
         const QString& path = m_paths[i];
         std::optional<vips::VImage> thumbnail;
         int result = NotAPicture;
@@ -58,7 +55,7 @@ void ImageProcessorHelper::run(BatchContext& context, BatchGate& gate, BatchRend
             RenderedFile rendered = queue.take(firstTask + i);
             result = commitFile(rendered, index, context, m_outputDir, &thumbnail);
         } catch (const WriteException&) {
-            m_errorCode = WriteError;
+            m_error = BatchError{BatchError::Code::WriteFailed, m_failedFolder};
             return;
         } catch (const std::exception& e) {
             // Anything else ends the worker as a write error does, but with
@@ -183,8 +180,7 @@ QString ImageProcessorHelper::writeImage(RenderedFile& rendered, int index, Batc
     if (!context.fileSystem.writeAtomically(path, rendered.bytes)) {
         const QString warning = QStringLiteral("Unable to write %1\n").arg(path);
         shell.writeWarningActivity(warning);
-        m_errorMessage = QStringLiteral("Unable to write in folder '%1'. Please check permission.")
-                             .arg(QFileInfo(path).path());
+        m_failedFolder = QFileInfo(path).path();
         throw WriteException(warning.toStdString());
     }
     shell.writeActivity(QStringLiteral("\tFilename: %1\n").arg(path));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/batch/batchcontext.h"
+#include "engine/batch/batcherror.h"
 #include "engine/pipeline/renderfile.h"
 
 #include <QString>
@@ -15,7 +16,8 @@ class BatchGate;
 class BatchRenderQueue;
 
 // Raised by the commit stage when an output file cannot be written; it ends
-// the worker, which keeps error code 2 and the message set before raising.
+// the worker, which keeps a WriteFailed error for the folder it could not
+// write in.
 class WriteException : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
@@ -27,7 +29,6 @@ class WriteException : public std::runtime_error {
 class ImageProcessorHelper {
   public:
     enum Result : int { Written = 0, NotAPicture = 1, Corrupted = 2, NotWritten = 3 };
-    enum ErrorCode : int { NoError = 0, FolderError = 1, WriteError = 2 };
 
     ImageProcessorHelper(QStringList paths, QString outputDir);
     // A bare worker for the single-file run: no files, no folder.
@@ -50,9 +51,8 @@ class ImageProcessorHelper {
     const QString& outputDir() const { return m_outputDir; }
     int numFiles() const { return int(m_paths.size()); }
     int numFilesProcessed() const { return m_numFilesProcessed; }
-    int errorCode() const { return m_errorCode; }
-    QString errorMessage() const { return m_errorMessage; }
-    void setErrorMessage(const QString& message) { m_errorMessage = message; }
+    // What ended this worker early, if anything did.
+    const std::optional<BatchError>& error() const { return m_error; }
     // The last path written; empty before any.
     QString lastOutputPath() const { return m_lastOutputPath; }
 
@@ -72,8 +72,8 @@ class ImageProcessorHelper {
     bool m_skipOverwrite = false;
     QString m_lastOutputPath;
     int m_numFilesProcessed = 0;
-    int m_errorCode = NoError;
-    QString m_errorMessage;
+    std::optional<BatchError> m_error;
+    QString m_failedFolder; // set by writeImage before it raises WriteException
 };
 
 } // namespace quillet

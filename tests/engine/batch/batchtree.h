@@ -55,7 +55,8 @@ inline QString entries(const QString& root) {
 } // namespace batchtree
 
 // A BatchShell that records every call as one line of text, in order: "begin N", "total N", "end", "status
-// TEXT", "log TEXT", "warn TEXT", "confirm PATH", "overwrite", "message TITLE: TEXT", "done P of T".
+// TEXT", "log TEXT", "warn TEXT", "confirm PATH", "overwrite", "folder error FOLDER" or "write error FOLDER",
+// "done P of T".
 class RecordingShell : public BatchShell {
   public:
     std::function<int(const QString&)> answer = [](const QString&) { return int(Skip); };
@@ -76,8 +77,9 @@ class RecordingShell : public BatchShell {
         return answer(path);
     }
     void beginOverwriteWarningSheet() override { add(QStringLiteral("overwrite")); }
-    void runMessageSheet(const QString& title, const QString& text) override {
-        add(QStringLiteral("message %1: %2").arg(title, text));
+    void reportError(const BatchError& error) override {
+        const bool folder = error.code == BatchError::Code::FolderNotCreated;
+        add(QStringLiteral("%1 error %2").arg(folder ? "folder" : "write", error.folder));
     }
     void didProcess(int processed, int total) override {
         add(QStringLiteral("done %1 of %2").arg(processed).arg(total));

@@ -96,7 +96,7 @@ SheetAnswer Sheets::run(SheetRequest request) {
     }
     // Always through the event loop, so a question asked from inside another
     // dialog's handler still waits its turn.
-    QMetaObject::invokeMethod(this, &Sheets::showNext, Qt::QueuedConnection);
+    m_calls.post([this] { showNext(); });
     if (QThread::currentThread() == thread()) {
         QEventLoop loop;
         connect(this, &Sheets::answered, &loop, [&loop, pending] {
@@ -165,7 +165,7 @@ void Sheets::finish(const std::shared_ptr<Pending>& pending, const SheetAnswer& 
     }
     m_answeredCondition.notify_all();
     Q_EMIT answered();
-    QMetaObject::invokeMethod(this, &Sheets::showNext, Qt::QueuedConnection);
+    m_calls.post([this] { showNext(); });
 }
 
 void Sheets::beginSheet(QDialog* sheet) {

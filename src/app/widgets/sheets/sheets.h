@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/models/queuedcalls.h"
 #include "app/models/questions.h"
 #include "app/widgets/sheets/sheetrequest.h"
 
@@ -101,6 +102,7 @@ class Sheets : public QObject, public Questions {
     std::optional<int> m_dismissCode;
     std::deque<SheetAnswer> m_nextAnswers;
     std::function<std::optional<SheetAnswer>(const SheetRequest&)> m_hook;
+    QueuedCalls m_calls{this};
 };
 
 } // namespace quillet
