@@ -44,6 +44,9 @@ class GuiShell : public QObject, public BatchShell {
     void reportError(const BatchError& error) override;
     void didProcess(int processed, int total) override;
     void clearStatus() override;
+    // The window shows one thumbnail per status frame or so; a fast batch
+    // need not draw one for each file.
+    std::chrono::milliseconds thumbnailInterval() const override { return std::chrono::milliseconds(120); }
 
   Q_SIGNALS:
     // `total` is BatchShell::UnknownTotal until progressTotalKnown.

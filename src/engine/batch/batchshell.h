@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <chrono>
 #include <optional>
 #include <vips/vips8>
 
@@ -51,6 +52,9 @@ class BatchShell : public ActivityLog {
     // Whether setStatus wants the 64 x 64 thumbnail; a shell without a picture
     // to show saves the engine the work of making it.
     virtual bool wantsThumbnails() const { return true; }
+    // The shortest time between two files that bring a thumbnail; 0: every
+    // file brings one.
+    virtual std::chrono::milliseconds thumbnailInterval() const { return {}; }
     // Called once when the status line is reset after the batch.
     virtual void clearStatus() {}
 };

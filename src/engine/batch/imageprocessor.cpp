@@ -49,7 +49,8 @@ RenderSettings renderSettings(const ProcessingRequest& request, const BatchOptio
         settings.watermark = PipelineSteps::loadWatermark(image.path);
     settings.needsInfo = renamer.renameType() == Renamer::Date || request.watermarks.drawsText() ||
                          options.setCreationDate || options.setModificationDate;
-    settings.wantsThumbnail = shell.wantsThumbnails();
+    if (shell.wantsThumbnails())
+        settings.thumbnails = std::make_shared<ThumbnailPacer>(shell.thumbnailInterval());
     return settings;
 }
 

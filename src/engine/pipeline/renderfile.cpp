@@ -139,7 +139,7 @@ void finish(RenderedFile& out, const RenderSettings& settings, const Picture& lo
     out.autoRotated = processed->autoRotated;
     out.pictureLog.writeActivity(
         QString::asprintf("\tDimension: %.0f x %.0f\n", picture.width, picture.height));
-    if (settings.wantsThumbnail) {
+    if (settings.thumbnails && settings.thumbnails->take()) {
         // The thumbnail is only shown; the file is written without it. A
         // picture drawn straight from the decoder is shown as drawn.
         try {

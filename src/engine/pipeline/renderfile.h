@@ -3,12 +3,14 @@
 #include "engine/batch/batchlog.h"
 #include "engine/picture.h"
 #include "engine/pipeline/sourcemetadata.h"
+#include "engine/pipeline/thumbnailpacer.h"
 #include "metadata/kvimageinfo.h"
 #include "settings/processingrequest.h"
 
 #include <QByteArray>
 #include <QString>
 
+#include <memory>
 #include <optional>
 
 namespace quillet {
@@ -41,8 +43,9 @@ struct RenderedFile {
 struct RenderSettings {
     ProcessingRequest request;
     std::optional<Picture> watermark;
-    bool needsInfo = false;      // make RenderedFile::info
-    bool wantsThumbnail = false; // make RenderedFile::thumbnail
+    bool needsInfo = false; // make RenderedFile::info
+    // Which files get a RenderedFile::thumbnail; none without a pacer.
+    std::shared_ptr<ThumbnailPacer> thumbnails;
 };
 
 // Loads the picture (shrunk on load when the result is at most half its size),
