@@ -178,13 +178,13 @@ void AppController::processSingleFile(const QString& path, int option) {
         return;
     setProcessing(true);
     const bool toClipboard = option == 2;
-    const bool started = m_job->processSingleFile(
-        path, request, toClipboard, options, [this, toClipboard](const std::optional<QString>& output) {
-            // Queued behind the run's own status line.
-            QMetaObject::invokeMethod(
-                this, [this, toClipboard, output] { didProcessSingleFile(output, toClipboard); },
-                Qt::QueuedConnection);
-        });
+    const bool started = m_job->processSingleFile(path, request, toClipboard, options,
+                                                  [this, toClipboard](const std::optional<QString>& output) {
+                                                      // Behind the run's own status line.
+                                                      m_shell.postAfterStatus([this, toClipboard, output] {
+                                                          didProcessSingleFile(output, toClipboard);
+                                                      });
+                                                  });
     if (!started)
         setProcessing(false);
 }

@@ -113,6 +113,13 @@ void GuiShell::reportError(const BatchError& error) {
     m_questions.runMessageSheet(BatchErrorText::title(error), BatchErrorText::message(error));
 }
 
+void GuiShell::postAfterStatus(std::function<void()> call) {
+    post([this, call = std::move(call)] {
+        deliverHeldStatus();
+        call();
+    });
+}
+
 void GuiShell::didProcess(int processed, int total) {
     post([this, processed, total] {
         deliverHeldStatus();

@@ -44,6 +44,9 @@ class GuiShell : public QObject, public BatchShell {
     void reportError(const BatchError& error) override;
     void didProcess(int processed, int total) override;
     void clearStatus() override;
+    // Runs `call` on the main thread after every status posted before it,
+    // from any thread: for what the controller does when a run ends.
+    void postAfterStatus(std::function<void()> call);
     // The window shows one thumbnail per status frame or so; a fast batch
     // need not draw one for each file.
     std::chrono::milliseconds thumbnailInterval() const override { return std::chrono::milliseconds(120); }
