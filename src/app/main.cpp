@@ -119,22 +119,11 @@ int main(int argc, char* argv[]) {
     bool dark = false;
     QString panel;
     QStringList args = app.arguments().mid(1);
+    // earlyExit() has answered --help and --version and refused bad values.
     while (!args.isEmpty()) {
         const QString arg = args.takeFirst();
-        if (arg == QLatin1String("-h") || arg == QLatin1String("--help")) {
-            std::fputs(usage, stdout);
-            return 0;
-        }
-        if (arg == QLatin1String("--version")) {
-            std::printf("quillet-gui %s\n", QUILLET_VERSION);
-            return 0;
-        }
         if (arg == QLatin1String("--settings")) {
-            if (args.isEmpty()) {
-                std::fprintf(stderr, "quillet-gui: --settings needs a file\n\n%s", usage);
-                return 2;
-            }
-            SettingsStore::overridePath(args.takeFirst());
+            SettingsStore::overridePath(args.isEmpty() ? QString() : args.takeFirst());
             continue;
         }
         if (arg == QLatin1String("--dark")) {
@@ -143,10 +132,6 @@ int main(int argc, char* argv[]) {
         }
         if (arg == QLatin1String("--show")) {
             panel = args.isEmpty() ? QString() : args.takeFirst();
-            if (panel != QLatin1String("watermarks") && panel != QLatin1String("rename")) {
-                std::fprintf(stderr, "quillet-gui: --show takes 'watermarks' or 'rename'\n\n%s", usage);
-                return 2;
-            }
             continue;
         }
         paths.append(QFileInfo(arg).absoluteFilePath());
