@@ -19,10 +19,10 @@
 //   --log-window     keep the activity log window open during the window's runs
 //   --only WHICH     time only `window` or `tool`
 
-#include "app/widgets/log/activitylogwindow.h"
 #include "app/models/appcontroller.h"
 #include "app/models/appmodels.h"
 #include "app/models/desktopservices.h"
+#include "app/widgets/log/activitylogwindow.h"
 #include "app/widgets/main/mainwindow.h"
 #include "app/widgets/sheets/sheets.h"
 #include "engine/batch/batchenvironment.h"

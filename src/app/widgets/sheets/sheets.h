@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/models/queuedcalls.h"
 #include "app/models/questions.h"
+#include "app/models/queuedcalls.h"
 #include "app/widgets/sheets/sheetrequest.h"
 
 #include <QDialog>
