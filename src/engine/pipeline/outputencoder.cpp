@@ -126,10 +126,11 @@ QByteArray encode(const Picture& picture, const char* suffix, Prepare prepare, S
 
 } // namespace
 
-QByteArray jpegDataForImage(const Picture& picture, int resolution, int quality,
-                            const QByteArray& iccProfile) {
+QByteArray jpegDataForImage(const Picture& picture, int resolution, int quality, const QByteArray& iccProfile,
+                            HuffmanTables tables) {
     SaveOptions options = saveOptions();
-    options->set("Q", std::clamp(quality, 1, 100));
+    options->set("Q", std::clamp(quality, 1, 100))
+        ->set("optimize_coding", tables == HuffmanTables::Optimised);
     const QByteArray jpeg = encode(
         picture, ".jpg",
         [resolution](const Picture& p) {

@@ -99,6 +99,20 @@ TEST(OutputEncoder, RecordsResolutionAndKeepsPixels) {
     }
 }
 
+// Optimised Huffman tables change only how the coefficients are coded.
+TEST(OutputEncoder, OptimisedTablesKeepPixelsInFewerBytes) {
+    QString path;
+    QUILLET_SAMPLE_OR_SKIP(path, "Canon_40D.jpg");
+    const VImage photo = VImage::new_from_file(path.toLocal8Bit().constData()).copy_memory();
+    const Picture picture{photo, double(photo.width()), double(photo.height())};
+    const QByteArray standard =
+        OutputEncoder::jpegDataForImage(picture, 72, 80, {}, OutputEncoder::HuffmanTables::Standard);
+    const QByteArray optimised = OutputEncoder::jpegDataForImage(picture, 72, 80);
+    ASSERT_FALSE(standard.isEmpty());
+    EXPECT_LT(optimised.size(), standard.size());
+    EXPECT_EQ(decode(optimised).subtract(decode(standard)).abs().max(), 0.0);
+}
+
 TEST(OutputEncoder, TransparencySurvivesPngAndUncompressedTiff) {
     const Picture clear = testsupport::solidPicture(20, 20, 255, 0, 0, 100);
     const QByteArray tiff = OutputEncoder::tiffDataForImage(clear, 72);
