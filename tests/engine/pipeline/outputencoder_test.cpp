@@ -125,7 +125,7 @@ TEST(OutputEncoder, BrokenInputGivesNoBytes) {
     NullActivityLog log; // nothing to encode, an unknown format
     EXPECT_TRUE(OutputEncoder::dataForImage(Picture{}, FileFormat::Jpeg, 72, 80, 0, log).isEmpty());
     const Picture black = testsupport::solidPicture(4, 4, 0, 0, 0);
-    EXPECT_TRUE(OutputEncoder::dataForImage(black, 104, 72, 80, 0, log).isEmpty());
+    EXPECT_TRUE(OutputEncoder::dataForImage(black, 199, 72, 80, 0, log).isEmpty());
     // A damaged JPEG opens, and only fails in the encoder when its pixels are needed.
     QString path;
     QUILLET_SAMPLE_OR_SKIP(path, "corrupted.jpg");
