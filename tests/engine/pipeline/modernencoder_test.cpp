@@ -43,10 +43,6 @@ QByteArray exifOf(const QByteArray& bytes, int format) {
     return {};
 }
 
-#define SKIP_UNLESS_WRITABLE(format)                                                                         \
-    if (const QString reason = ModernEncoder::unavailableReason(format); !reason.isEmpty())                  \
-    GTEST_SKIP() << qPrintable(reason)
-
 // A camera picture with orientation 6 turned upright by the batch: every
 // format reopens at its size, with the profile, and the EXIF saying 1 and the
 // chosen resolution.
@@ -121,14 +117,6 @@ TEST(ModernEncoder, LosslessKeepsEveryPixel) {
         const VImage lossy = decode(ModernEncoder::encode(picture, format, 72, 50, false, {}));
         EXPECT_GT((lossy - noise).abs().max(), 0.0) << format;
     }
-}
-
-TEST(ModernEncoder, NothingToEncodeGivesNoBytes) {
-    SKIP_UNLESS_WRITABLE(FileFormat::WebP);
-    EXPECT_TRUE(ModernEncoder::encode(Picture{}, FileFormat::WebP, 72, 80, false, {}).isEmpty());
-    const Picture black = testsupport::solidPicture(4, 4, 0, 0, 0);
-    EXPECT_TRUE(ModernEncoder::encode(black, FileFormat::Jpeg, 72, 80, false, {}).isEmpty());
-    EXPECT_TRUE(ModernEncoder::unavailableReason(FileFormat::WebP).isEmpty());
 }
 
 } // namespace
