@@ -6,6 +6,7 @@
 #include "desktop/desktopnotification.h"
 #include "engine/batch/batchenvironment.h"
 #include "engine/batch/imageprocessor.h"
+#include "engine/pipeline/modernencoder.h"
 #include "support/settingsstore.h"
 
 #include <QFileInfo>
@@ -78,6 +79,13 @@ int runProcess(const QStringList& args) {
     // the batch runs with the defaults, and the user hears why.
     for (const QString& note : request.notes)
         std::fprintf(stderr, "quillet process: %s\n", note.toLocal8Bit().constData());
+    const int format = ProcessingRequest::fromRecord(request.params).output.format;
+    if (FileFormat::isModern(format)) {
+        const QString reason = ModernEncoder::unavailableReason(format);
+        if (!reason.isEmpty())
+            return usageError(
+                QStringLiteral("cannot write %1 pictures: %2").arg(FileFormat::displayName(format), reason));
+    }
     if (!request.shard.isWhole() && BatchShard::overlaps(request.paths, request.dest))
         return usageError(
             QStringLiteral("--shard needs a destination outside the inputs, and no input inside it: "

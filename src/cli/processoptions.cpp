@@ -219,6 +219,12 @@ bool Parser::option(const QString& name) {
     }
     if (name == QLatin1String("--no-max-size"))
         return setBool(ParamKey::HasFizeLimit, false);
+    if (name == QLatin1String("--shrink-to-fit") || name == QLatin1String("--no-shrink-to-fit"))
+        return setBool(ParamKey::ShrinkToFit, name == QLatin1String("--shrink-to-fit"));
+    if (name == QLatin1String("--keep-smaller") || name == QLatin1String("--no-keep-smaller"))
+        return setBool(ParamKey::KeepSmallerOriginal, name == QLatin1String("--keep-smaller"));
+    if (name == QLatin1String("--lossless") || name == QLatin1String("--no-lossless"))
+        return setBool(ParamKey::LosslessOutput, name == QLatin1String("--lossless"));
     if (name == QLatin1String("--dpi")) {
         // The stored 0 stands for an emptied field, read as 72; asked for, it means nothing.
         const auto v = intValue(name, ParamKey::Resolution, 1);
@@ -479,7 +485,12 @@ QString processUsage() {
         "  --flip-portrait            turn the box for portrait pictures\n"
         "  --interpolation {ScaleQuality}\n"
         "  --format {FileFormat}   --quality N ({JpegQuality})   --dpi N\n"
-        "  --max-size KB | --no-max-size   JPEG file size limit\n"
+        "  --max-size KB | --no-max-size   file size limit (JPEG, WebP, AVIF, JPEG XL)\n"
+        "  --shrink-to-fit | --no-shrink-to-fit   make the picture smaller when the lowest\n"
+        "                             quality is still over the size limit\n"
+        "  --lossless | --no-lossless      WebP and JPEG XL without loss\n"
+        "  --keep-smaller | --no-keep-smaller   copy the input instead when an output in its\n"
+        "                             format would be larger\n"
         "  --keep-exif | --no-keep-exif\n"
         "  --srgb | --no-srgb         convert colours to sRGB instead of keeping the profile\n"
         "  --keep-transparency | --no-keep-transparency\n"

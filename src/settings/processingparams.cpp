@@ -14,9 +14,44 @@ QString FileFormat::extension(int format) {
         return QStringLiteral("png");
     case Tiff:
         return QStringLiteral("tiff");
+    case WebP:
+        return QStringLiteral("webp");
+    case Avif:
+        return QStringLiteral("avif");
+    case JpegXl:
+        return QStringLiteral("jxl");
     default:
         return {};
     }
+}
+
+QString FileFormat::displayName(int format) {
+    switch (format) {
+    case Png:
+        return QStringLiteral("PNG");
+    case Tiff:
+        return QStringLiteral("TIFF");
+    case WebP:
+        return QStringLiteral("WebP");
+    case Avif:
+        return QStringLiteral("AVIF");
+    case JpegXl:
+        return QStringLiteral("JPEG XL");
+    default:
+        return QStringLiteral("JPEG");
+    }
+}
+
+bool FileFormat::isModern(int format) {
+    return format == WebP || format == Avif || format == JpegXl;
+}
+
+bool FileFormat::isLossy(int format) {
+    return format == Jpeg || isModern(format);
+}
+
+bool FileFormat::hasLossless(int format) {
+    return format == WebP || format == JpegXl;
 }
 
 ProcessingParams ProcessingParams::defaults() {

@@ -28,6 +28,9 @@ inline constexpr char SizeLimit[] = "SizeLimit";
 inline constexpr char PreserveHeader[] = "PreserveHeader";
 inline constexpr char PreserveTransparency[] = "PreserveTransparency";
 inline constexpr char ConvertToSRGB[] = "ConvertToSRGB";
+inline constexpr char LosslessOutput[] = "LosslessOutput";
+inline constexpr char ShrinkToFit[] = "ShrinkToFit";
+inline constexpr char KeepSmallerOriginal[] = "KeepSmallerOriginal";
 inline constexpr char BackgroundColor[] = "BackgroundColor";
 inline constexpr char WatermarkEnabled[] = "WatermarkEnabled";
 inline constexpr char ImageWatermarkEnabled[] = "ImageWatermarkEnabled";
@@ -52,9 +55,18 @@ enum : int { None = 1, ToWidth = 2, ToHeight = 3, Fit = 4, Crop = 5, Stretch = 6
 }
 
 namespace FileFormat {
-enum : int { Jpeg = 101, Png = 102, Tiff = 103 };
-// "jpg", "png", "tiff", or empty for an unknown code.
+enum : int { Jpeg = 101, Png = 102, Tiff = 103, WebP = 104, Avif = 105, JpegXl = 106 };
+// "jpg", "png", "tiff", "webp", "avif", "jxl", or empty for an unknown code.
 QString extension(int format);
+// "JPEG", "WebP", "JPEG XL"...: the name log lines give a format.
+QString displayName(int format);
+// Formats written at a quality, which the size limit searches over.
+bool isLossy(int format);
+// WebP, AVIF and JPEG XL: a quality, an alpha band, and the input's EXIF,
+// XMP and profile written by the encoder itself.
+bool isModern(int format);
+// The formats that may be written without loss: WebP and JPEG XL.
+bool hasLossless(int format);
 } // namespace FileFormat
 
 namespace ScaleQuality {

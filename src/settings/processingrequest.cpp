@@ -32,6 +32,9 @@ OutputSettings readOutput(const ProcessingParams& p) {
     o.preserveHeader = p.boolValue(K::PreserveHeader);
     o.preserveTransparency = p.boolValue(K::PreserveTransparency);
     o.convertToSrgb = p.boolValue(K::ConvertToSRGB);
+    o.lossless = p.boolValue(K::LosslessOutput);
+    o.shrinkToFit = p.boolValue(K::ShrinkToFit);
+    o.keepSmallerOriginal = p.boolValue(K::KeepSmallerOriginal);
     o.background = p.colorValue(K::BackgroundColor).value_or(RgbaColor::white());
     return o;
 }
@@ -94,6 +97,9 @@ ProcessingParams ProcessingRequest::toRecord() const {
     p.setInt(K::SizeLimit, output.sizeLimit);
     p.setBool(K::PreserveHeader, output.preserveHeader);
     p.setBool(K::ConvertToSRGB, output.convertToSrgb);
+    p.setBool(K::LosslessOutput, output.lossless);
+    p.setBool(K::ShrinkToFit, output.shrinkToFit);
+    p.setBool(K::KeepSmallerOriginal, output.keepSmallerOriginal);
     p.setBool(K::PreserveTransparency, output.preserveTransparency);
     p.setColor(K::BackgroundColor, output.background);
     p.setBool(K::WatermarkEnabled, watermarks.enabled);

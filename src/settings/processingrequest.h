@@ -39,6 +39,14 @@ struct OutputSettings {
     bool preserveTransparency = false;
     // Convert the pixels to sRGB instead of keeping the input's colour profile.
     bool convertToSrgb = false;
+    // WebP and JPEG XL written without loss (the quality then goes unused).
+    bool lossless = false;
+    // When the quality search ends above the size limit, the picture is made
+    // smaller until it fits at the lowest quality.
+    bool shrinkToFit = false;
+    // An output in its input's format that comes out larger than the input
+    // is replaced by the input's bytes.
+    bool keepSmallerOriginal = false;
     RgbaColor background = RgbaColor::white();
 
     // Values below 1 read as 72.
@@ -47,8 +55,13 @@ struct OutputSettings {
     qint64 sizeLimitBytes() const;
     // A stored 0 reads as 100, as the limit field shows it.
     int sizeLimitField() const { return sizeLimit == 0 ? 100 : sizeLimit; }
-    // Whether the source's metadata goes into the output: JPEG only.
-    bool keepsHeader() const { return format == FileFormat::Jpeg && preserveHeader; }
+    // Whether the source's metadata goes into the output: JPEG, WebP, AVIF
+    // and JPEG XL.
+    bool keepsHeader() const {
+        return (format == FileFormat::Jpeg || FileFormat::isModern(format)) && preserveHeader;
+    }
+    // Whether the encoder writes without loss.
+    bool writesLossless() const { return lossless && FileFormat::hasLossless(format); }
     // The canvas fill: none when transparency is kept for a format that has it.
     std::optional<RgbaColor> canvasBackground() const;
 

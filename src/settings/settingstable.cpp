@@ -83,9 +83,10 @@ const Choices scaleQualities = {{ScaleQuality::Default, "Default", {"default"}},
                                 {ScaleQuality::None, "None", {"none"}},
                                 {ScaleQuality::Low, "Low", {"low"}},
                                 {ScaleQuality::High, "High", {"high"}}};
-const Choices fileFormats = {{FileFormat::Jpeg, "JPEG", {"jpeg", "jpg"}},
-                             {FileFormat::Png, "PNG", {"png"}},
-                             {FileFormat::Tiff, "TIFF", {"tiff", "tif"}}};
+const Choices fileFormats = {
+    {FileFormat::Jpeg, "JPEG", {"jpeg", "jpg"}}, {FileFormat::Png, "PNG", {"png"}},
+    {FileFormat::Tiff, "TIFF", {"tiff", "tif"}}, {FileFormat::WebP, "WebP", {"webp"}},
+    {FileFormat::Avif, "AVIF", {"avif"}},        {FileFormat::JpegXl, "JPEG XL", {"jxl"}}};
 const Choices locations = {{0, "Nowhere", {}},    {1, "Bottom left", {}}, {2, "Bottom right", {}},
                            {3, "Top left", {}},   {4, "Top right", {}},   {5, "Bottom centre", {}},
                            {6, "Top centre", {}}, {7, "Centre", {}}};
@@ -153,6 +154,10 @@ QList<SettingKey> settingsTable() {
         Row(K::PreserveHeader, T::Bool, G::Processing).registered(true),
         Row(K::PreserveTransparency, T::Bool, G::Processing).registered(false),
         Row(K::ConvertToSRGB, T::Bool, G::Processing).registered(false),
+        // Off, the defaults of records saved before they existed.
+        Row(K::LosslessOutput, T::Bool, G::Processing).registered(false),
+        Row(K::ShrinkToFit, T::Bool, G::Processing).registered(false),
+        Row(K::KeepSmallerOriginal, T::Bool, G::Processing).registered(false),
         Row(K::BackgroundColor, T::Colour, G::Processing).registered(RgbaColor::white().toVariant()),
         Row(K::WatermarkEnabled, T::Bool, G::Processing).registered(false),
         Row(K::ImageWatermarkEnabled, T::Bool, G::Processing).registered(false),

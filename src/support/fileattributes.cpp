@@ -53,6 +53,12 @@ std::uint32_t typeCodeForFormat(int format) {
         return fourCharCode("PNGf");
     case FileFormat::Tiff:
         return fourCharCode("TIFF");
+    case FileFormat::WebP:
+        return fourCharCode("WEBP");
+    case FileFormat::Avif:
+        return fourCharCode("avif");
+    case FileFormat::JpegXl:
+        return fourCharCode("JXL ");
     default:
         return 0;
     }

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
+#include <QMap>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
@@ -251,4 +252,90 @@ TEST_F(ProcessCommandTest, KilledBatchLeavesOnlyWholeOutputs) {
                 << "partial output after " << afterMs << " ms: " << file.toStdString();
         }
     }
+}
+
+namespace {
+
+// Output files under `folder`, by name.
+QMap<QString, QByteArray> outputs(const QString& folder) {
+    QMap<QString, QByteArray> files;
+    QDirIterator it(folder, QDir::Files, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString file = it.next();
+        files.insert(QFileInfo(file).fileName(), testsupport::readFile(file));
+    }
+    return files;
+}
+
+} // namespace
+
+// A 30 KB limit the quality search alone cannot meet for camera pictures:
+// without shrinking the search and its warnings stay as they were; with it,
+// every output fits, and each line says the size it ended at.
+TEST_F(ProcessCommandTest, ShrinkToFitMakesEverySampleFitTheLimit) {
+    if (testsupport::samplesDir().isEmpty())
+        GTEST_SKIP() << "sample pictures not found (../shared/samples/photos is absent)";
+    const QStringList photos = {"Canon_40D.jpg", "Nikon_D70.jpg", "mobile-jolla.jpg",
+                                "orientation-portrait_6.jpg", "xmp-BlueSquare.jpg"};
+    QDir().mkpath(path(QStringLiteral("in")));
+    for (const QString& name : photos)
+        QFile::copy(testsupport::samplePath(name), path("in/" + name));
+    const QStringList common = {"--fit", "1600x1600", "--max-size", "30", "--format"};
+    for (const char* format : {"jpeg", "webp"}) {
+        const QString plainDest = path(QStringLiteral("plain-") + format);
+        const Outcome plain =
+            runQuillet(common + QStringList{format, "--dest", plainDest, path(QStringLiteral("in"))});
+        ASSERT_EQ(plain.status, 0) << qPrintable(plain.err);
+        const qsizetype warnings = plain.out.count(QLatin1String("Unable to make file size under 30 KB"));
+        EXPECT_GT(warnings, 0) << format;
+        EXPECT_FALSE(plain.out.contains(QLatin1String("Made smaller")));
+        qsizetype over = 0;
+        for (const QByteArray& bytes : outputs(plainDest))
+            over += bytes.size() > 30 * 1024;
+        // A JPEG's EXIF goes in after the search, and may take it over the limit unsaid.
+        EXPECT_GE(over, warnings) << format;
+
+        const QString fitDest = path(QStringLiteral("fit-") + format);
+        const Outcome fit = runQuillet(
+            common + QStringList{format, "--shrink-to-fit", "--dest", fitDest, path(QStringLiteral("in"))});
+        ASSERT_EQ(fit.status, 0) << qPrintable(fit.err);
+        EXPECT_FALSE(fit.out.contains(QLatin1String("Unable to make file size"))) << qPrintable(fit.out);
+        EXPECT_GE(fit.out.count(QLatin1String("\tMade smaller to fit 30 KB: ")), warnings) << format;
+        const QMap<QString, QByteArray> files = outputs(fitDest);
+        EXPECT_EQ(files.size(), photos.size());
+        for (auto it = files.cbegin(); it != files.cend(); ++it) {
+            EXPECT_LE(it.value().size(), 30 * 1024) << qPrintable(it.key());
+            const vips::VImage image =
+                vips::VImage::new_from_buffer(it.value().constData(), size_t(it.value().size()), "");
+            EXPECT_GT(image.width(), 0) << qPrintable(it.key());
+        }
+    }
+}
+
+// An input already smaller than its output is copied as it is, when asked,
+// and only onto an output of its own format.
+TEST_F(ProcessCommandTest, KeepSmallerCopiesTheInputWhenTheOutputWouldBeLarger) {
+    QDir().mkpath(path(QStringLiteral("in")));
+    // Detail a high quality spends many bytes on, written small at a low one.
+    const vips::VImage noise = vips::VImage::gaussnoise(64, 48, vips::VImage::option()->set("sigma", 50))
+                                   .bandjoin_const({120, 90})
+                                   .cast(VIPS_FORMAT_UCHAR);
+    noise.write_to_file(QFile::encodeName(path(QStringLiteral("in/small.jpg"))).constData(),
+                        vips::VImage::option()->set("Q", 30)->set("strip", true));
+    picture(path(QStringLiteral("in/flat.png")), 64, 48);
+    const QByteArray input = testsupport::readFile(path(QStringLiteral("in/small.jpg")));
+    const QStringList args = {"--quality", "100", "--keep-exif", "--dest"};
+
+    const Outcome kept = runQuillet(
+        args + QStringList{path(QStringLiteral("kept")), "--keep-smaller", path(QStringLiteral("in"))});
+    ASSERT_EQ(kept.status, 0) << qPrintable(kept.err);
+    EXPECT_EQ(kept.out.count(QLatin1String("\tKept the original (")), 1) << qPrintable(kept.out);
+    const QMap<QString, QByteArray> files = outputs(path(QStringLiteral("kept")));
+    EXPECT_EQ(files.value(QStringLiteral("small.jpg")), input);
+    EXPECT_FALSE(files.value(QStringLiteral("flat.jpg")).isEmpty()); // a PNG input: converted as usual
+
+    const Outcome plain =
+        runQuillet(args + QStringList{path(QStringLiteral("plain")), path(QStringLiteral("in"))});
+    ASSERT_EQ(plain.status, 0) << qPrintable(plain.err);
+    EXPECT_GT(outputs(path(QStringLiteral("plain"))).value(QStringLiteral("small.jpg")).size(), input.size());
 }

@@ -73,18 +73,19 @@ TEST_P(RefusalTest, IsRefusedAlikeByTheCommandLinePresetFilesAndTheStore) {
 
 INSTANTIATE_TEST_SUITE_P(
     RecordKeys, RefusalTest,
-    testing::Values(Refusal{"JpegQuality", "500", 500, "500", "a whole number from 0 to 100"},
-                    Refusal{"JpegQuality", "-1", -1, "-1", "a whole number from 0 to 100"},
-                    Refusal{"FileFormat", "104", 104, "104", "one of 101 (JPEG), 102 (PNG), 103 (TIFF)"},
-                    Refusal{"Rotation", "5", 5, "5",
-                            "one of 0 (None), 1 (90° clockwise), 2 (90° counter-clockwise), 3 (180°), "
-                            "4 (Automatic)"},
-                    Refusal{"Width", "1000001", 1000001, "1000001", "a whole number from 0 to 1000000"},
-                    Refusal{"DynWatermarkFields", "3,15", QVariantList{3, 15}, "[3, 15]",
-                            "a list of at most 64 whole numbers from 0 to 14"},
-                    Refusal{"BackgroundColor", "rgba(1, 1, 2, 1)", QStringLiteral("rgba(1, 1, 2, 1)"),
-                            R"j("rgba(1, 1, 2, 1)")j",
-                            R"j(a colour "rgba(r, g, b, a)" with components from 0 to 1)j"}));
+    testing::Values(
+        Refusal{"JpegQuality", "500", 500, "500", "a whole number from 0 to 100"},
+        Refusal{"JpegQuality", "-1", -1, "-1", "a whole number from 0 to 100"},
+        Refusal{"FileFormat", "107", 107, "107",
+                "one of 101 (JPEG), 102 (PNG), 103 (TIFF), 104 (WebP), 105 (AVIF), 106 (JPEG XL)"},
+        Refusal{"Rotation", "5", 5, "5",
+                "one of 0 (None), 1 (90° clockwise), 2 (90° counter-clockwise), 3 (180°), "
+                "4 (Automatic)"},
+        Refusal{"Width", "1000001", 1000001, "1000001", "a whole number from 0 to 1000000"},
+        Refusal{"DynWatermarkFields", "3,15", QVariantList{3, 15}, "[3, 15]",
+                "a list of at most 64 whole numbers from 0 to 14"},
+        Refusal{"BackgroundColor", "rgba(1, 1, 2, 1)", QStringLiteral("rgba(1, 1, 2, 1)"),
+                R"j("rgba(1, 1, 2, 1)")j", R"j(a colour "rgba(r, g, b, a)" with components from 0 to 1)j"}));
 
 // The friendly options name the key they set and its range, or their words.
 TEST_F(StoreTest, FriendlyOptionsRefuseWithTheKeysRange) {
@@ -98,7 +99,8 @@ TEST_F(StoreTest, FriendlyOptionsRefuseWithTheKeysRange) {
                           R"(2 (Medium), 3 (Large), 4 (Largest), not 5)"},
         {"--watermark-location x",
          R"(--watermark-location: "WatermarkLocation" must be one of 0 (Nowhere), )"},
-        {"--format gif", R"(--format: "FileFormat" must be one of jpeg, jpg, png, tiff, tif, not gif)"},
+        {"--format gif",
+         R"(--format: "FileFormat" must be one of jpeg, jpg, png, tiff, tif, webp, avif, jxl, not gif)"},
         {"--rename random",
          R"(--rename: "SelectedRename" must be one of keep, sequence, prefix-suffix, date, )"},
         {"--digits 21", R"(--digits: "RenameDigits" must be a whole number from 0 to 20, not 21)"},
@@ -118,9 +120,9 @@ TEST_F(StoreTest, FriendlyOptionsRefuseWithTheKeysRange) {
 
 TEST(ProcessUsage, ListsTheChoicesTheParserTakes) {
     const QString usage = processUsage();
-    for (const char* line :
-         {"--rotate none|cw|ccw|180|auto\n", "--format jpeg|jpg|png|tiff|tif ", "--quality N (0-100)",
-          "--watermark-location N (0-7)", "comment\n", "--date-fallback file-date|name\n"})
+    for (const char* line : {"--rotate none|cw|ccw|180|auto\n",
+                             "--format jpeg|jpg|png|tiff|tif|webp|avif|jxl ", "--quality N (0-100)",
+                             "--watermark-location N (0-7)", "comment\n", "--date-fallback file-date|name\n"})
         EXPECT_TRUE(usage.contains(QLatin1String(line))) << line;
     // The field names are wrapped to the terminal's width.
     for (const QString& row : usage.split(u'\n'))

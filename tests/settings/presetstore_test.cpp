@@ -45,6 +45,8 @@ TEST_F(PresetStoreTest, RecordsRoundTripThroughTheIniFileWithTheirTypes) {
     ProcessingParams params = ProcessingParams::defaults();
     params.setIntList(K::DynWatermarkFields, {3, 0});
     params.setColor(K::BackgroundColor, RgbaColor{0.1, 0.2, 1.0 / 3.0, 0.5});
+    params.setInt(K::FileFormat, FileFormat::WebP);
+    params.setBool(K::ShrinkToFit, true);
     ASSERT_EQ(store.addPreset(QStringLiteral("  Web  "), params), 0);
     ASSERT_TRUE(store.save(*ini()));
     const PresetStore back = load();
@@ -54,6 +56,8 @@ TEST_F(PresetStoreTest, RecordsRoundTripThroughTheIniFileWithTheirTypes) {
     EXPECT_EQ(p.values().value(QLatin1String(K::PreserveHeader)).typeId(), QMetaType::Bool);
     EXPECT_EQ(p.intList(K::DynWatermarkFields), QList<int>({3, 0}));
     EXPECT_EQ(p.colorValue(K::BackgroundColor), (RgbaColor{0.1, 0.2, 1.0 / 3.0, 0.5}));
+    EXPECT_EQ(p.values().value(QLatin1String(K::ShrinkToFit)), QVariant(true));
+    EXPECT_EQ(p.intValue(K::FileFormat), FileFormat::WebP);
 }
 
 TEST_F(PresetStoreTest, OldStorageMigratesOnlyOnce) {

@@ -1,3 +1,4 @@
+#include "settings/presetjson.h"
 #include "settings/processingparams.h"
 #include "settings/processingrequest.h"
 #include "support/settingsstore.h"
@@ -99,10 +100,32 @@ TEST(ProcessingRequest, RecordAndValueRoundTrip) {
     EXPECT_TRUE(bare.watermarks.drawsText());
     bare.watermarks.text.fields.clear();
     EXPECT_FALSE(bare.watermarks.drawsText());
-    // Metadata is kept for JPEG outputs only.
+    // Metadata is kept for JPEG, WebP, AVIF and JPEG XL outputs.
     EXPECT_FALSE(value.output.keepsHeader());
     bare.output.format = FileFormat::Jpeg;
     EXPECT_TRUE(bare.output.keepsHeader());
+    bare.output.format = FileFormat::Avif;
+    EXPECT_TRUE(bare.output.keepsHeader());
+}
+
+// The output choices added later: stored and read back through the record and
+// a preset file; a record saved before them reads as it always did.
+TEST(ProcessingRequest, LaterOutputChoicesRoundTripAndDefaultOff) {
+    ProcessingParams older = ProcessingParams::defaults();
+    for (const char* key : {K::LosslessOutput, K::ShrinkToFit, K::KeepSmallerOriginal})
+        older.remove(QLatin1String(key));
+    const ProcessingRequest before = request(older);
+    EXPECT_EQ(before, request(ProcessingParams::defaults()));
+    EXPECT_FALSE(before.output.lossless || before.output.shrinkToFit || before.output.keepSmallerOriginal);
+
+    ProcessingRequest chosen = before;
+    chosen.name = QStringLiteral("Web");
+    chosen.output.format = FileFormat::JpegXl;
+    chosen.output.lossless = chosen.output.shrinkToFit = chosen.output.keepSmallerOriginal = true;
+    EXPECT_EQ(request(PresetJson::fromJson(PresetJson::toJson(chosen.toRecord()))), chosen);
+    EXPECT_TRUE(chosen.output.writesLossless());
+    chosen.output.format = FileFormat::Avif; // no lossless AVIF here
+    EXPECT_FALSE(chosen.output.writesLossless());
 }
 
 TEST(ProcessingRequest, SizeLimitNeedsTheFlagSpelledWithAnF) {

@@ -31,7 +31,12 @@ class OutputModel : public QObject {
     bool sizeLimitEnabled() const { return m_value.hasSizeLimit; }
     // The background well: always for JPEG, else while transparency is off.
     bool backgroundEnabled() const;
-    Page page() const { return m_value.format == FileFormat::Jpeg ? Page::Jpeg : Page::Transparency; }
+    // WebP, AVIF and JPEG XL show the JPEG page, with their own boxes.
+    Page page() const {
+        return m_value.format == FileFormat::Jpeg || FileFormat::isModern(m_value.format)
+                   ? Page::Jpeg
+                   : Page::Transparency;
+    }
 
   Q_SIGNALS:
     void changed();

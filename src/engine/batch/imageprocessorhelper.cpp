@@ -110,7 +110,12 @@ int ImageProcessorHelper::commitFile(RenderedFile& rendered, int index, BatchCon
         return NotWritten;
 
     const ProcessingRequest& request = context.render.request;
-    if (request.output.keepsHeader()) {
+    // WebP, AVIF and JPEG XL got the metadata from their encoder; an input
+    // kept as it was has its own.
+    const bool keepsHeader = request.output.keepsHeader() && !rendered.keptOriginal;
+    if (keepsHeader && FileFormat::isModern(request.output.format) && !rendered.source.exif.isEmpty())
+        context.shell.writeActivity(QStringLiteral("\tEXIF copied\n"));
+    if (keepsHeader && request.output.format == FileFormat::Jpeg) {
         MetadataNotes notes;
         const int copied =
             OutputMetadata::preserve(rendered.path, rendered.source, outputPath, request.output.dpi(),

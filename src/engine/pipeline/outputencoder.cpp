@@ -1,5 +1,7 @@
 #include "engine/pipeline/outputencoder.h"
 
+#include "engine/batch/batchlog.h"
+#include "engine/pipeline/sizebudget.h"
 #include "metadata/jpegsegmentlist.h"
 #include "settings/processingparams.h"
 
@@ -14,27 +16,14 @@ using vips::VImage;
 
 namespace OutputEncoder {
 
-namespace {
-
 // libvips keeps resolution in pixels per millimetre.
 VImage withResolution(const VImage& image, int resolution) {
     const double perMillimetre = (resolution >= 1 ? resolution : 72) / 25.4;
     return image.copy(VImage::option()->set("xres", perMillimetre)->set("yres", perMillimetre));
 }
 
-bool encodable(const Picture& picture) {
-    return picture.image.get_image() && picture.image.width() > 0 && picture.image.height() > 0;
-}
-
-QByteArray takeBuffer(void* data, size_t size) {
-    QByteArray bytes(static_cast<const char*>(data), qsizetype(size));
-    g_free(data);
-    return bytes;
-}
-
-// The pixels with alpha dropped when every pixel is opaque. A picture not
-// known to be opaque is rendered once into memory so the check and the
-// encoding share one evaluation.
+// A picture not known to be opaque is rendered once into memory so the check
+// and the encoding share one evaluation.
 VImage withAlphaIfNeeded(const Picture& picture) {
     VImage image = picture.image;
     if (image.bands() < 4)
@@ -45,6 +34,18 @@ VImage withAlphaIfNeeded(const Picture& picture) {
             return image;
     }
     return image.extract_band(0, VImage::option()->set("n", 3));
+}
+
+namespace {
+
+bool encodable(const Picture& picture) {
+    return picture.image.get_image() && picture.image.width() > 0 && picture.image.height() > 0;
+}
+
+QByteArray takeBuffer(void* data, size_t size) {
+    QByteArray bytes(static_cast<const char*>(data), qsizetype(size));
+    g_free(data);
+    return bytes;
 }
 
 // libvips writes no JFIF segment once metadata is stripped, and the only
@@ -126,10 +127,11 @@ QByteArray encode(const Picture& picture, const char* suffix, Prepare prepare, S
 
 } // namespace
 
-QByteArray jpegDataForImage(const Picture& picture, int resolution, int quality,
-                            const QByteArray& iccProfile) {
+QByteArray jpegDataForImage(const Picture& picture, int resolution, int quality, const QByteArray& iccProfile,
+                            HuffmanTables tables) {
     SaveOptions options = saveOptions();
-    options->set("Q", std::clamp(quality, 1, 100));
+    options->set("Q", std::clamp(quality, 1, 100))
+        ->set("optimize_coding", tables == HuffmanTables::Optimised);
     const QByteArray jpeg = encode(
         picture, ".jpg",
         [resolution](const Picture& p) {
@@ -180,10 +182,12 @@ int nextFactorWithSize(qint64 size, qint64 limit, int factor) {
 }
 
 QByteArray searchJpegQuality(const std::function<QByteArray(int)>& encode, int quality, qint64 byteLimit,
-                             ActivityLog& log) {
+                             ActivityLog& log, const QString& formatName, int* lastQuality) {
     int q = quality;
     for (;;) {
         const QByteArray bytes = encode(q);
+        if (lastQuality)
+            *lastQuality = q;
         const int next = nextFactorWithSize(bytes.size(), byteLimit, q);
         // A failed encoding is tried again lower down, as long as that goes
         // somewhere: the same quality again would never end.
@@ -199,7 +203,7 @@ QByteArray searchJpegQuality(const std::function<QByteArray(int)>& encode, int q
         }
         // The line shows the quality the search would try next, not the one
         // kept; without a limit the two agree.
-        log.writeActivity(QString::asprintf("\tJPEG quality: %d\n", next));
+        log.writeActivity(QStringLiteral("\t%1 quality: %2\n").arg(formatName).arg(next));
         if (next <= 0)
             log.writeWarningActivity(
                 QString::asprintf("\tUnable to make file size under %d KB\n", int(byteLimit / 1024)));
@@ -220,6 +224,59 @@ QByteArray dataForImage(const Picture& picture, int format, int resolution, int 
     default:
         return {};
     }
+}
+
+QByteArray dataForImage(const Picture& picture, const Encoding& encoding, ActivityLog& log) {
+    const int format = encoding.format;
+    if (!FileFormat::isLossy(format))
+        return dataForImage(picture, format, encoding.resolution, encoding.quality, encoding.byteLimit, log,
+                            encoding.metadata.iccProfile);
+    const auto encodeAt = [&](const Picture& p, int q) {
+        if (format == FileFormat::Jpeg)
+            return jpegDataForImage(p, encoding.resolution, q, encoding.metadata.iccProfile);
+        return ModernEncoder::encode(p, format, encoding.resolution, q, encoding.lossless, encoding.metadata);
+    };
+    if (encoding.lossless && FileFormat::hasLossless(format))
+        return encodeAt(picture, 100);
+    const QString name = FileFormat::displayName(format);
+    const auto search = [&](ActivityLog& to, int* last) {
+        return searchJpegQuality([&](int q) { return encodeAt(picture, q); }, encoding.quality,
+                                 encoding.byteLimit, to, name, last);
+    };
+    if (!encoding.shrinkToFit || encoding.byteLimit <= 0)
+        return search(log, nullptr);
+
+    BatchLog held;
+    int floor = encoding.quality;
+    const QByteArray bytes = search(held, &floor);
+    const qint64 budget = encoding.byteLimit - std::max<qint64>(encoding.addedLater, 0);
+    const bool over = !bytes.isEmpty() && bytes.size() > budget;
+    const std::optional<SizeBudget::Fitted> fitted =
+        over && budget > 0
+            ? SizeBudget::shrinkToFit(
+                  picture, [&](const Picture& p) { return encodeAt(p, floor); }, bytes.size(), budget)
+            : std::nullopt;
+    bool warned = false;
+    for (const BatchLog::Line& line : held.lines()) {
+        if (!line.warning) {
+            log.writeActivity(line.text);
+        } else if (!fitted) {
+            log.writeWarningActivity(line.text);
+            warned = true;
+        }
+    }
+    if (!fitted) {
+        // Fitting only with the metadata left out: still too large once written.
+        if (over && !warned)
+            log.writeWarningActivity(QString::asprintf("\tUnable to make file size under %d KB\n",
+                                                       int(encoding.byteLimit / 1024)));
+        return bytes;
+    }
+    log.writeActivity(QStringLiteral("\tMade smaller to fit %1 KB: %2 x %3\n")
+                          .arg(encoding.byteLimit / 1024)
+                          .arg(fitted->width)
+                          .arg(fitted->height));
+    return fitted->bytes;
 }
 
 } // namespace OutputEncoder

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "engine/picture.h"
+#include "engine/pipeline/modernencoder.h"
+#include "settings/processingparams.h"
 #include "support/activitylog.h"
 
 #include <QByteArray>
@@ -23,10 +25,47 @@ namespace OutputEncoder {
 QByteArray dataForImage(const Picture& picture, int format, int resolution, int quality, qint64 byteLimit,
                         ActivityLog& log, const QByteArray& iccProfile = {});
 
+// What one output is written as.
+struct Encoding {
+    int format = FileFormat::Jpeg;
+    int resolution = 72;
+    int quality = 80;
+    qint64 byteLimit = 0;  // bytes, 0 for none
+    bool lossless = false; // WebP and JPEG XL
+    // When the quality search ends above the limit, scale the picture down
+    // until it fits at the last quality tried.
+    bool shrinkToFit = false;
+    // Bytes the file gains once written (a JPEG's EXIF and XMP), which the
+    // shrinking leaves room for.
+    qint64 addedLater = 0;
+    // The profile for every format; EXIF and XMP for WebP, AVIF and JPEG XL
+    // (a JPEG gets its EXIF and XMP once written).
+    EmbeddedMetadata metadata;
+};
+
+// Any format: JPEG, PNG and TIFF as above; WebP, AVIF and JPEG XL at the
+// quality, searched down like JPEG's within the limit (a lossless output is
+// encoded once, whatever the limit). With shrinkToFit a search that ran out
+// above the limit goes on by size; the log then names the size it ended at
+// instead of the search's warning, which stays when even that fails.
+QByteArray dataForImage(const Picture& picture, const Encoding& encoding, ActivityLog& log);
+
+// The image recording `resolution` dpi (72 below 1).
+vips::VImage withResolution(const vips::VImage& image, int resolution);
+// The pixels with alpha dropped when every pixel is opaque.
+vips::VImage withAlphaIfNeeded(const Picture& picture);
+
+// How a JPEG's Huffman tables are made: optimised for the picture (a second
+// pass over the coefficients, a few per cent fewer bytes for the same pixels)
+// or the standard tables.
+enum class HuffmanTables { Optimised, Standard };
+
 // JPEG without alpha (the canvas already holds the background); quality
-// 0..100 maps onto the encoder's 1..100.
+// 0..100 maps onto the encoder's 1..100. Every JPEG the batch writes has
+// optimised tables.
 QByteArray jpegDataForImage(const Picture& picture, int resolution, int quality,
-                            const QByteArray& iccProfile = {});
+                            const QByteArray& iccProfile = {},
+                            HuffmanTables tables = HuffmanTables::Optimised);
 // PNG and TIFF keep an alpha band only when some pixel is not fully opaque.
 QByteArray pngDataForImage(const Picture& picture, int resolution, const QByteArray& iccProfile = {});
 QByteArray tiffDataForImage(const Picture& picture, int resolution, const QByteArray& iccProfile = {});
@@ -37,8 +76,11 @@ int nextFactorWithSize(qint64 size, qint64 limit, int factor);
 
 // The size search over any encoder (encode gives the bytes at a quality):
 // returns the last bytes encoded, whether or not they fit.
+// The log names the format ("JPEG quality: 80"); `lastQuality`, when given,
+// receives the quality of the bytes returned.
 QByteArray searchJpegQuality(const std::function<QByteArray(int)>& encode, int quality, qint64 byteLimit,
-                             ActivityLog& log);
+                             ActivityLog& log, const QString& formatName = QStringLiteral("JPEG"),
+                             int* lastQuality = nullptr);
 
 } // namespace OutputEncoder
 

@@ -38,10 +38,24 @@ bool drawWatermarks(Picture& picture, const ProcessingRequest& request,
 }
 
 QByteArray encode(const Picture& picture, const ProcessingRequest& request, ActivityLog& log,
-                  const QByteArray& iccProfile) {
+                  const QByteArray& iccProfile, const SourceMetadata& source, bool upright) {
     const OutputSettings& output = request.output;
-    return OutputEncoder::dataForImage(picture, output.format, output.dpi(), output.jpegQuality,
-                                       output.sizeLimitBytes(), log, iccProfile);
+    OutputEncoder::Encoding encoding;
+    encoding.format = output.format;
+    encoding.resolution = output.dpi();
+    encoding.quality = output.jpegQuality;
+    encoding.byteLimit = output.sizeLimitBytes();
+    encoding.lossless = output.writesLossless();
+    encoding.shrinkToFit = output.shrinkToFit;
+    encoding.metadata.iccProfile = iccProfile;
+    // A JPEG gets its EXIF and XMP once written: room is left for them when
+    // the picture is made smaller to fit.
+    if (output.format == FileFormat::Jpeg && output.keepsHeader() && output.shrinkToFit)
+        encoding.addedLater = source.exif.size() + source.xmp.size() + 64;
+    if (FileFormat::isModern(output.format) && output.keepsHeader())
+        encoding.metadata = ModernEncoder::outputMetadata(iccProfile, source.exif, source.xmp, output.dpi(),
+                                                          upright || source.decodedUpright);
+    return OutputEncoder::dataForImage(picture, encoding, log);
 }
 
 vips::VImage thumbnail(const Picture& picture) {

@@ -1,4 +1,5 @@
 #include "engine/pipeline/renderfile.h"
+#include "engine/pipeline/smalleroriginal.h"
 
 #include "engine/geometry/geometry.h"
 #include "engine/pipeline/colourprofile.h"
@@ -154,7 +155,19 @@ void finish(RenderedFile& out, const RenderSettings& settings, const Picture& lo
                                    : out.source.iccProfile;
     out.textSizeCapped = PipelineSteps::drawWatermarks(picture, request, settings.watermark,
                                                        out.info ? &*out.info : nullptr, out.pictureLog);
-    out.bytes = PipelineSteps::encode(picture, request, out.encoderLog, profile);
+    out.bytes =
+        PipelineSteps::encode(picture, request, out.encoderLog, profile, out.source, processed->autoRotated);
+    if (request.output.keepSmallerOriginal && !out.bytes.isEmpty()) {
+        if (std::optional<QByteArray> original =
+                SmallerOriginal::ifSmaller(out.path, request.output.format, out.bytes.size())) {
+            out.encoderLog.writeActivity(QStringLiteral("\tKept the original (%1 bytes): the output would be "
+                                                        "larger (%2 bytes)\n")
+                                             .arg(original->size())
+                                             .arg(out.bytes.size()));
+            out.bytes = *std::move(original);
+            out.keptOriginal = true;
+        }
+    }
 }
 
 } // namespace

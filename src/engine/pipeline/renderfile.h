@@ -31,6 +31,8 @@ struct RenderedFile {
     BatchLog encoderLog;
     QByteArray bytes; // encoded output; empty when encoding failed
     bool autoRotated = false;
+    // The bytes are the input's own: the output would have been larger.
+    bool keptOriginal = false;
     bool textSizeCapped = false; // the text watermark is smaller than the picture asks for
     // The file's metadata record, made only when naming, watermark or dates need it.
     std::optional<KVImageInfo> info;

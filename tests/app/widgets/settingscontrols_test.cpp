@@ -10,6 +10,7 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QStackedWidget>
+#include <QStandardItemModel>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUrl>
@@ -181,4 +182,36 @@ TEST(SettingsControls, BackgroundWellAsksThroughTheSheets) {
     sheets.setNextAnswer(0, QStringLiteral("#ffff0000"));
     well->click();
     EXPECT_EQ(model.output().value().background, chosen);
+}
+
+// WebP, AVIF and JPEG XL share the quality page with boxes of their own; a
+// format this system cannot write stays in the menu, disabled, saying why.
+TEST(SettingsControls, ModernFormatsShowTheirBoxesAndUnwritableOnesSayWhy) {
+    SettingsModel model;
+    Sheets sheets;
+    SettingsControls controls(model, sheets, {QStringLiteral("72")});
+    auto* format = controls.findChild<QComboBox*>(QStringLiteral("fileFormat"));
+    auto* lossless = controls.findChild<QCheckBox*>(QStringLiteral("lossless"));
+    auto* quality = controls.findChild<KVStepper*>(QStringLiteral("jpegQuality"));
+    ASSERT_TRUE(format && lossless && quality);
+    const auto* items = qobject_cast<const QStandardItemModel*>(format->model());
+    for (const int code : {FileFormat::WebP, FileFormat::Avif, FileFormat::JpegXl}) {
+        const int index = format->findData(code);
+        ASSERT_GE(index, 0) << code;
+        EXPECT_EQ(items->item(index)->isEnabled(),
+                  format->itemData(index, Qt::ToolTipRole).toString().isEmpty())
+            << code;
+    }
+    EXPECT_TRUE(lossless->isHidden());
+    choose(format, FileFormat::WebP);
+    EXPECT_EQ(controls.findChild<QStackedWidget*>(QStringLiteral("formatPages"))->currentIndex(), 0);
+    EXPECT_FALSE(lossless->isHidden());
+    lossless->click();
+    EXPECT_TRUE(model.record().boolValue(ParamKey::LosslessOutput));
+    EXPECT_FALSE(quality->isEnabled()); // lossless has no quality
+    choose(format, FileFormat::Avif);
+    EXPECT_FALSE(lossless->isEnabled());
+    EXPECT_TRUE(quality->isEnabled());
+    controls.findChild<QCheckBox*>(QStringLiteral("modernTransparency"))->click();
+    EXPECT_TRUE(model.record().boolValue(ParamKey::PreserveTransparency));
 }

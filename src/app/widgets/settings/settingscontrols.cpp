@@ -4,6 +4,7 @@
 #include "app/widgets/views/colorwell.h"
 #include "app/widgets/views/kvstepper.h"
 #include "app/widgets/views/schemamenu.h"
+#include "engine/pipeline/modernencoder.h"
 #include "settings/settingsschema.h"
 
 #include <QCheckBox>
@@ -16,6 +17,7 @@
 #include <QLineEdit>
 #include <QSignalBlocker>
 #include <QStackedWidget>
+#include <QStandardItemModel>
 #include <QVBoxLayout>
 
 namespace quillet {
@@ -34,6 +36,22 @@ KVStepper* numberField(const char* key, const QString& name, int step, const QSt
     field->setSpecialValueText(QStringLiteral(" "));
     field->setSuffix(suffix);
     return field;
+}
+
+// Formats this system has no working encoder for stay in the menu, disabled,
+// with the reason as their tool tip.
+void disableUnwritableFormats(QComboBox* menu) {
+    auto* items = qobject_cast<QStandardItemModel*>(menu->model());
+    for (int i = 0; items && i < menu->count(); ++i) {
+        const int format = menu->itemData(i).toInt();
+        if (!FileFormat::isModern(format))
+            continue;
+        const QString reason = ModernEncoder::unavailableReason(format);
+        if (reason.isEmpty())
+            continue;
+        items->item(i)->setEnabled(false);
+        menu->setItemData(i, reason, Qt::ToolTipRole);
+    }
 }
 
 void display(KVStepper* field, int value, bool enabled) {
@@ -137,6 +155,7 @@ void SettingsControls::build(Sheets& sheets, const QStringList& resolutionSet) {
     geometryForm->addRow(tr("Interpolation:"), m_interpolation);
 
     m_format = schemaMenu(K::FileFormat, QStringLiteral("fileFormat"));
+    disableUnwritableFormats(m_format);
     m_quality = numberField(K::JpegQuality, QStringLiteral("jpegQuality"), 5);
     m_quality->setSpecialValueText(QString());
     m_sizeLimitOn = new QCheckBox(tr("Limit file size to"));
@@ -149,7 +168,15 @@ void SettingsControls::build(Sheets& sheets, const QStringList& resolutionSet) {
     jpeg->setContentsMargins(0, 0, 0, 0);
     jpeg->addRow(tr("Quality:"), m_quality);
     jpeg->addRow(QString(), row({m_sizeLimitOn, m_sizeLimit}));
+    m_shrinkToFit = new QCheckBox(tr("Make the picture smaller when needed"));
+    m_shrinkToFit->setObjectName(QStringLiteral("shrinkToFit"));
+    jpeg->addRow(QString(), m_shrinkToFit);
     jpeg->addRow(QString(), m_preserveHeader);
+    m_lossless = new QCheckBox(tr("Lossless"));
+    m_lossless->setObjectName(QStringLiteral("lossless"));
+    m_keepsAlpha = new QCheckBox(tr("Keep transparency"));
+    m_keepsAlpha->setObjectName(QStringLiteral("modernTransparency"));
+    jpeg->addRow(QString(), row({m_lossless, m_keepsAlpha}));
     m_preserveTransparency = new QCheckBox(tr("Keep transparency"));
     m_preserveTransparency->setObjectName(QStringLiteral("preserveTransparency"));
     auto* transparencyPage = new QWidget;
@@ -180,6 +207,9 @@ void SettingsControls::build(Sheets& sheets, const QStringList& resolutionSet) {
     outputForm->addRow(tr("Resolution:"), row({m_resolution, new QLabel(tr("dpi"))}));
     outputForm->addRow(tr("Background:"), m_background);
     outputForm->addRow(QString(), m_convertToSrgb);
+    m_keepSmaller = new QCheckBox(tr("Keep the original when the output would be larger"));
+    m_keepSmaller->setObjectName(QStringLiteral("keepSmallerOriginal"));
+    outputForm->addRow(QString(), m_keepSmaller);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -210,6 +240,8 @@ void SettingsControls::build(Sheets& sheets, const QStringList& resolutionSet) {
         {m_flip, tr("If checked, the aspect ratio is flipped for portrait input image.")},
         {m_downOnly, tr("If unchecked, images will be scaled up if needed.")},
         {m_resolution, tr("Resolution in dpi (72 dpi is a common default).")},
+        {m_shrinkToFit, tr("When even the lowest quality is over the size limit, the picture is\nscaled down "
+                           "until it fits.")},
         {m_background, tr("This color shows through the transparent area (no effect\non input images with no "
                           "transparent area).")},
     };
@@ -273,6 +305,14 @@ void SettingsControls::connectControls() {
             editOutput([](OutputSettings& o, bool on) { o.convertToSrgb = on; }));
     connect(m_preserveTransparency, &QCheckBox::toggled, this,
             editOutput([](OutputSettings& o, bool on) { o.preserveTransparency = on; }));
+    connect(m_keepsAlpha, &QCheckBox::toggled, this,
+            editOutput([](OutputSettings& o, bool on) { o.preserveTransparency = on; }));
+    connect(m_keepSmaller, &QCheckBox::toggled, this,
+            editOutput([](OutputSettings& o, bool on) { o.keepSmallerOriginal = on; }));
+    connect(m_shrinkToFit, &QCheckBox::toggled, this,
+            editOutput([](OutputSettings& o, bool on) { o.shrinkToFit = on; }));
+    connect(m_lossless, &QCheckBox::toggled, this,
+            editOutput([](OutputSettings& o, bool on) { o.lossless = on; }));
     connect(m_background, &ColorWell::colorChosen, this,
             editOutput([](OutputSettings& o, const RgbaColor& c) { o.background = c; }));
     connect(m_resolution, &QComboBox::currentTextChanged, this,
@@ -304,9 +344,17 @@ void SettingsControls::refresh() {
     display(m_quality, o.jpegQuality, true);
     display(m_sizeLimitOn, o.hasSizeLimit);
     display(m_sizeLimit, o.sizeLimit, output.sizeLimitEnabled());
+    display(m_shrinkToFit, o.shrinkToFit, output.sizeLimitEnabled());
     display(m_preserveHeader, o.preserveHeader);
     display(m_preserveTransparency, o.preserveTransparency);
+    display(m_keepsAlpha, o.preserveTransparency);
+    display(m_lossless, o.lossless, FileFormat::hasLossless(o.format));
+    m_keepsAlpha->setVisible(FileFormat::isModern(o.format));
+    m_lossless->setVisible(FileFormat::isModern(o.format));
+    // Lossless leaves the quality unused.
+    m_quality->setEnabled(!o.writesLossless());
     display(m_convertToSrgb, o.convertToSrgb);
+    display(m_keepSmaller, o.keepSmallerOriginal);
     {
         const QSignalBlocker block(m_resolution);
         const QString dpi = QString::number(o.resolution);

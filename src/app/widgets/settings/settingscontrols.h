@@ -56,6 +56,11 @@ class SettingsControls : public QWidget {
     QCheckBox* m_preserveHeader = nullptr;
     QCheckBox* m_convertToSrgb = nullptr;
     QCheckBox* m_preserveTransparency = nullptr;
+    // WebP, AVIF and JPEG XL share the JPEG page, with these two boxes shown.
+    QCheckBox* m_lossless = nullptr;
+    QCheckBox* m_shrinkToFit = nullptr;
+    QCheckBox* m_keepSmaller = nullptr;
+    QCheckBox* m_keepsAlpha = nullptr;
     QComboBox* m_resolution = nullptr;
     ColorWell* m_background = nullptr;
     QList<std::pair<QWidget*, QString>> m_toolTips;

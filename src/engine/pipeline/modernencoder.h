@@ -1,0 +1,43 @@
+#pragma once
+
+#include "engine/picture.h"
+
+#include <QByteArray>
+#include <QString>
+
+namespace quillet {
+
+// What the encoder writes into a WebP, AVIF or JPEG XL output besides the
+// pixels. Empty fields are left out.
+struct EmbeddedMetadata {
+    QByteArray iccProfile;
+    QByteArray exif; // the TIFF structure, without "Exif\0\0"
+    QByteArray xmp;  // the XMP packet
+};
+
+// WebP, AVIF (AV1 in a HEIF container, through libheif) and JPEG XL outputs.
+// An alpha band is kept only when some pixel is not fully opaque. Nothing
+// here throws: a picture that cannot be encoded gives empty bytes.
+namespace ModernEncoder {
+
+// `format` is FileFormat::WebP, Avif or JpegXl; quality 0..100 maps onto the
+// encoder's 1..100 and goes unused when `lossless` is asked (WebP and JPEG XL
+// only: AVIF ignores it). The resolution (dpi) is recorded in the EXIF, when
+// there is one.
+QByteArray encode(const Picture& picture, int format, int resolution, int quality, bool lossless,
+                  const EmbeddedMetadata& metadata);
+
+// Empty when this machine can write `format`; otherwise why not, in a form
+// fit for a tool tip and an error message. Found once per process by
+// encoding a tiny picture.
+QString unavailableReason(int format);
+
+// The metadata an output gets from its input's: the EXIF with the resolution
+// set to `resolution` dpi and, with `upright`, the orientation reset to 1 (in
+// the EXIF and in the XMP).
+EmbeddedMetadata outputMetadata(const QByteArray& iccProfile, const QByteArray& exif, const QByteArray& xmp,
+                                int resolution, bool upright);
+
+} // namespace ModernEncoder
+
+} // namespace quillet
