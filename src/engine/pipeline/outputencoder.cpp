@@ -180,7 +180,7 @@ int nextFactorWithSize(qint64 size, qint64 limit, int factor) {
 }
 
 QByteArray searchJpegQuality(const std::function<QByteArray(int)>& encode, int quality, qint64 byteLimit,
-                             ActivityLog& log) {
+                             ActivityLog& log, int* keptQuality) {
     int q = quality;
     for (;;) {
         const QByteArray bytes = encode(q);
@@ -203,16 +203,20 @@ QByteArray searchJpegQuality(const std::function<QByteArray(int)>& encode, int q
         if (next <= 0)
             log.writeWarningActivity(
                 QString::asprintf("\tUnable to make file size under %d KB\n", int(byteLimit / 1024)));
+        if (keptQuality)
+            *keptQuality = q;
         return bytes;
     }
 }
 
 QByteArray dataForImage(const Picture& picture, int format, int resolution, int quality, qint64 byteLimit,
-                        ActivityLog& log, const QByteArray& iccProfile) {
+                        ActivityLog& log, const QByteArray& iccProfile, int* keptQuality) {
+    if (keptQuality)
+        *keptQuality = -1;
     switch (format) {
     case FileFormat::Jpeg:
         return searchJpegQuality([&](int q) { return jpegDataForImage(picture, resolution, q, iccProfile); },
-                                 quality, byteLimit, log);
+                                 quality, byteLimit, log, keptQuality);
     case FileFormat::Png:
         return pngDataForImage(picture, resolution, iccProfile);
     case FileFormat::Tiff:

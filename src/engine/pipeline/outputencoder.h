@@ -19,9 +19,10 @@ namespace OutputEncoder {
 // `byteLimit` (0 for none) and logs the quality line, and the warning when
 // the search ran out of quality. Other format codes give empty bytes. A
 // non-empty `iccProfile` is embedded in every format (it counts against the
-// limit); the output carries no other metadata.
+// limit); the output carries no other metadata. `keptQuality`, when given,
+// receives the JPEG quality of the bytes returned (-1 for the other formats).
 QByteArray dataForImage(const Picture& picture, int format, int resolution, int quality, qint64 byteLimit,
-                        ActivityLog& log, const QByteArray& iccProfile = {});
+                        ActivityLog& log, const QByteArray& iccProfile = {}, int* keptQuality = nullptr);
 
 // JPEG without alpha (the canvas already holds the background); quality
 // 0..100 maps onto the encoder's 1..100.
@@ -36,9 +37,10 @@ QByteArray tiffDataForImage(const Picture& picture, int resolution, const QByteA
 int nextFactorWithSize(qint64 size, qint64 limit, int factor);
 
 // The size search over any encoder (encode gives the bytes at a quality):
-// returns the last bytes encoded, whether or not they fit.
+// returns the last bytes encoded, whether or not they fit, and their quality
+// in `keptQuality` when given.
 QByteArray searchJpegQuality(const std::function<QByteArray(int)>& encode, int quality, qint64 byteLimit,
-                             ActivityLog& log);
+                             ActivityLog& log, int* keptQuality = nullptr);
 
 } // namespace OutputEncoder
 

@@ -38,10 +38,10 @@ bool drawWatermarks(Picture& picture, const ProcessingRequest& request,
 }
 
 QByteArray encode(const Picture& picture, const ProcessingRequest& request, ActivityLog& log,
-                  const QByteArray& iccProfile) {
+                  const QByteArray& iccProfile, int* keptQuality) {
     const OutputSettings& output = request.output;
     return OutputEncoder::dataForImage(picture, output.format, output.dpi(), output.jpegQuality,
-                                       output.sizeLimitBytes(), log, iccProfile);
+                                       output.sizeLimitBytes(), log, iccProfile, keptQuality);
 }
 
 vips::VImage thumbnail(const Picture& picture) {

@@ -26,9 +26,10 @@ int orientationOf(const QString& path, const SourceMetadata& source = {}, Metada
 // drawn smaller than the picture's height asks for, at the renderer's limit.
 bool drawWatermarks(Picture& picture, const ProcessingRequest& request,
                     const std::optional<Picture>& watermark, const KVImageInfo* info, ActivityLog& log);
-// The output bytes with the colour profile given, empty on failure.
+// The output bytes with the colour profile given, empty on failure; the JPEG
+// quality they were made at goes to `keptQuality` when given.
 QByteArray encode(const Picture& picture, const ProcessingRequest& request, ActivityLog& log,
-                  const QByteArray& iccProfile = {});
+                  const QByteArray& iccProfile = {}, int* keptQuality = nullptr);
 // The status thumbnail: fit into 64 x 64, never enlarged.
 vips::VImage thumbnail(const Picture& picture);
 // The watermark picture, none when the file does not load.

@@ -154,7 +154,9 @@ void finish(RenderedFile& out, const RenderSettings& settings, const Picture& lo
                                    : out.source.iccProfile;
     out.textSizeCapped = PipelineSteps::drawWatermarks(picture, request, settings.watermark,
                                                        out.info ? &*out.info : nullptr, out.pictureLog);
-    out.bytes = PipelineSteps::encode(picture, request, out.encoderLog, profile);
+    out.width = picture.image.width();
+    out.height = picture.image.height();
+    out.bytes = PipelineSteps::encode(picture, request, out.encoderLog, profile, &out.jpegQuality);
 }
 
 } // namespace
