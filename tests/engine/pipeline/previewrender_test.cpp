@@ -17,6 +17,10 @@ struct Setting {
     const char* source = "orientation-portrait_6.jpg";
 };
 
+void PrintTo(const Setting& setting, std::ostream* os) {
+    *os << setting.name;
+}
+
 // The preview must show the very file the batch writes. EXIF copied into a
 // JPEG after encoding is the metadata layer's and is left out on both sides
 // (PreserveHeader off): what is compared is every byte the encoder makes.
@@ -116,6 +120,36 @@ INSTANTIATE_TEST_SUITE_P(
                  {P::SizeLimit, 12}}}),
     [](const ::testing::TestParamInfo<Setting>& info) { return std::string(info.param.name); });
 
+// The draft is the picture the batch writes, drawn from a decode at reduced
+// scale: the same shape at that scale, and the same picture within what the
+// lower resolution loses.
+TEST_P(PreviewParityTest, DraftIsTheOutputAtTheSourcesScale) {
+    const ProcessingRequest request = ProcessingRequest::fromRecord(params);
+    const RenderSettings settings = PreviewRender::settingsFor(request, renamer);
+    const PreviewResult full = PreviewRender::render(path, settings, renamer, 0);
+    ASSERT_TRUE(full.rendered);
+    const PreviewSource source = PreviewRender::loadSource(path, 300);
+    ASSERT_TRUE(source.loaded());
+    const double scale = double(source.pixels.width()) / source.fullWidth;
+    const vips::VImage draft = PreviewRender::draft(source, settings);
+    EXPECT_NEAR(draft.width(), full.width * scale, 1.5);
+    EXPECT_NEAR(draft.height(), full.height * scale, 1.5);
+
+    vips::VImage written =
+        vips::VImage::new_from_buffer(full.bytes.constData(), size_t(full.bytes.size()), "").copy_memory();
+    written =
+        written.resize(double(draft.width()) / written.width(),
+                       vips::VImage::option()->set("vscale", double(draft.height()) / written.height()));
+    const int bands = std::min(3, std::min(draft.bands(), written.bands()));
+    const double difference =
+        (draft.extract_band(0, vips::VImage::option()->set("n", bands)).cast(VIPS_FORMAT_FLOAT) -
+         written.extract_band(0, vips::VImage::option()->set("n", bands)).cast(VIPS_FORMAT_FLOAT))
+            .abs()
+            .avg();
+    // A wrong turn, crop or background is off by tens of levels on average.
+    EXPECT_LT(difference, 12.0);
+}
+
 TEST(PreviewRenderTest, FilesThatAreNotPicturesSayWhy) {
     const auto tmp = testsupport::scratchDir(QStringLiteral("preview"));
     batchtree::text(tmp->path() + QStringLiteral("/notes.txt"));
@@ -128,7 +162,7 @@ TEST(PreviewRenderTest, FilesThatAreNotPicturesSayWhy) {
         EXPECT_TRUE(result.message.contains(name)) << qPrintable(result.message);
         EXPECT_TRUE(result.bytes.isEmpty());
     }
-    EXPECT_FALSE(PreviewRender::original(tmp->path() + QStringLiteral("/notes.txt"), 64).get_image());
+    EXPECT_FALSE(PreviewRender::loadSource(tmp->path() + QStringLiteral("/notes.txt"), 64).loaded());
 }
 
 TEST(PreviewRenderTest, SampleSpreadsOverTheQueueAndTheEstimateScalesToIt) {
