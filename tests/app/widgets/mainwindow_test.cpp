@@ -204,6 +204,9 @@ TEST_F(MainWindowTest, PreviewPaneIsHiddenUntilAskedForAndShowsWhatWasDropped) {
     auto* action = window->findChild<QAction*>("actionPreview");
     ASSERT_TRUE(action);
     EXPECT_FALSE(window->previewPane()->isVisible());
+    // Hidden, the pane leaves no room behind: the settings reach the margin.
+    waitFor([] { return false; }, 50);
+    EXPECT_GE(window->settingsPanel()->geometry().right(), window->centralWidget()->width() - 16 - 2);
     action->trigger();
     EXPECT_TRUE(window->previewPane()->isVisible());
     EXPECT_TRUE(models->defaults().boolValue("PreviewVisible"));

@@ -61,14 +61,13 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
     destinationRow->addWidget(m_destinations, 1);
 
     auto* central = new QWidget(this);
-    auto* grid = new QGridLayout(central);
+    auto* grid = m_grid = new QGridLayout(central);
     grid->setContentsMargins(16, 12, 16, 12);
     grid->setHorizontalSpacing(16);
     grid->addLayout(destinationRow, 0, 0);
     grid->addWidget(m_dropArea, 1, 0);
     grid->addWidget(m_settings, 0, 1, 2, 1);
     grid->addWidget(m_preview, 0, 2, 2, 1);
-    grid->setColumnStretch(2, 2);
     grid->addWidget(buildStatusRow(), 2, 0, 1, 2);
     grid->setColumnStretch(0, 1);
     grid->setRowStretch(1, 1);
@@ -84,7 +83,7 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
     if (!frame.isEmpty())
         restoreGeometry(frame);
 
-    m_preview->setVisible(models.defaults().boolValue(QLatin1String(PreviewKey)));
+    showPreview(models.defaults().boolValue(QLatin1String(PreviewKey)));
     m_previewAction->setChecked(m_preview->isVisibleTo(this));
     connect(&controller, &AppController::queueOpened, &models.preview(), &PreviewModel::setQueue);
     connect(m_dropArea, &DropArea::pathsDropped, &controller, &AppController::processFiles);
@@ -150,7 +149,7 @@ void MainWindow::buildMenus() {
     m_previewAction->setCheckable(true);
     m_previewAction->setShortcut(QKeySequence(tr("Ctrl+P")));
     connect(m_previewAction, &QAction::toggled, this, [this](bool shown) {
-        m_preview->setVisible(shown);
+        showPreview(shown);
         // The pane takes room of its own instead of squeezing the drop area.
         if (shown && !isMaximized() && !isFullScreen() && width() < 1440)
             resize(1440, height());
@@ -164,6 +163,12 @@ void MainWindow::buildMenus() {
     m_logAction->setShortcut(QKeySequence(tr("Ctrl+L")));
     connect(m_logAction, &QAction::triggered, m_log, &ActivityLogWindow::setOpen);
     connect(m_log, &ActivityLogWindow::openChanged, m_logAction, &QAction::setChecked);
+}
+
+void MainWindow::showPreview(bool shown) {
+    m_preview->setVisible(shown);
+    // A hidden pane's column would still take its share of the width.
+    m_grid->setColumnStretch(2, shown ? 2 : 0);
 }
 
 QWidget* MainWindow::buildStatusRow() {

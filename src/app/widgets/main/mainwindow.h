@@ -5,6 +5,7 @@
 #include <optional>
 
 class QAction;
+class QGridLayout;
 class QLabel;
 
 namespace quillet {
@@ -45,6 +46,7 @@ class MainWindow : public QMainWindow {
 
   private:
     void buildMenus();
+    void showPreview(bool shown);
     QWidget* buildStatusRow();
     void rebuildDestinationMenu();
     void destinationChosen(int index);
@@ -63,6 +65,7 @@ class MainWindow : public QMainWindow {
     QLabel* m_status = nullptr;
     QLabel* m_outputFolder = nullptr;
     PreviewPane* m_preview;
+    QGridLayout* m_grid = nullptr;
     ProgressSheet* m_progress;
     ActivityLogWindow* m_log;
     QAction* m_openAction = nullptr;

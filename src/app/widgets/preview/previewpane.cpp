@@ -127,10 +127,10 @@ void PreviewPane::showResult() {
 void PreviewPane::showEstimate() {
     const qint64 estimate = m_model.batchEstimate();
     const int count = int(m_model.queue().size());
-    m_estimate->setText(
-        estimate < 0
-            ? QStringLiteral("–")
-            : tr("about %1 for %n picture(s)", nullptr, count).arg(QLocale().formattedDataSize(estimate)));
+    const QString pictures = count == 1 ? tr("1 picture") : tr("%1 pictures").arg(count);
+    m_estimate->setText(estimate < 0
+                            ? QStringLiteral("–")
+                            : tr("about %1 for %2").arg(QLocale().formattedDataSize(estimate), pictures));
 }
 
 } // namespace quillet
