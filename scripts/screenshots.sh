@@ -9,6 +9,7 @@
 #   watermarks.png      the watermark window
 #   rename-panel.png    the renaming panel on its date scheme
 #   main-window-dark.png  the main window in a dark palette
+#   preview-pane.png    the main window with the preview of the samples
 set -euo pipefail
 [ -n "${QUILLET_TRACE:-}" ] && set -x
 cd "$(dirname "$0")/.."
@@ -94,13 +95,13 @@ app=
 # The window alone, started on a store written beforehand; extra arguments go
 # to quillet-gui. Waits for the window titled $1 and saves it as $2.
 still() { # title, file, store lines, arguments...
-    local title=$1 file=$2 lines=$3
+    local title=$1 file=$2 lines=$3 settle=${SETTLE:-1}
     shift 3
     printf '[General]\nOnTheFlyFolder=false\nShowAutoRotateHint=false\n%b\n' "$lines" >"$work/still.ini"
     build/release/quillet-gui --settings "$work/still.ini" "$@" 2>>"$work/stderr.log" &
     app=$!
     wait_for Quillet 100 >/dev/null
-    sleep 1
+    sleep "$settle"
     shoot "$(wait_for "$title" 50)" "$file"
     kill "$app" 2>/dev/null || true
     wait "$app" 2>/dev/null || true
@@ -119,3 +120,9 @@ still Watermarks "$shots/watermarks.png" \
     --show watermarks
 still 'Output File Names' "$shots/rename-panel.png" "SelectedRename=3\nRenamePrefix=trip-" --show rename
 still Quillet "$shots/main-window-dark.png" "ScaleType=4\n$sizes\nFileFormat=102" --dark
+mkdir -p "$work/preview"
+cp samples/*.jpg samples/phone/*.jpg "$work/preview/"
+# The pictures are opened, so a batch runs first; the preview follows the drop.
+SETTLE=5 still Quillet "$shots/preview-pane.png" \
+    "PreviewVisible=true\nRotation=4\nScaleType=4\nWidth=800\nHeight=800\nJpegQuality=90\nHasFizeLimit=true\nSizeLimit=40\nWatermarkEnabled=true\nDynWatermarkEnabled=true\nDynWatermarkFields=0, 3\nSelectedRename=3\nRenamePrefix=web-" \
+    "$work/preview"

@@ -22,6 +22,7 @@ inline constexpr char HideExtension[] = "HideExtension";
 inline constexpr char CustomIcon[] = "CustomIcon";
 inline constexpr char ActivityLogVisible[] = "ActivityLogVisible";
 inline constexpr char InspectorVisible[] = "InspectorVisible";
+inline constexpr char PreviewVisible[] = "PreviewVisible";
 inline constexpr char ShowAutoRotateHint[] = "ShowAutoRotateHint";
 inline constexpr char ShowCustomIconHint[] = "ShowCustomIconHint";
 // Set once the note that text shadows are unsupported has been silenced.

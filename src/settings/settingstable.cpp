@@ -196,6 +196,7 @@ QList<SettingKey> settingsTable() {
         Row(S::CustomIcon, T::Bool, G::Application).registered(false),
         Row(S::ActivityLogVisible, T::Bool, G::Application).registered(false),
         Row(S::InspectorVisible, T::Bool, G::Application),
+        Row(S::PreviewVisible, T::Bool, G::Application).registered(false),
         Row(S::ShowAutoRotateHint, T::Bool, G::Application).registered(true),
         Row(S::ShowCustomIconHint, T::Bool, G::Application).registered(true),
         Row(S::SUMS, T::Bool, G::Application),

@@ -116,6 +116,7 @@ void AppController::processFiles(const QStringList& paths) {
         return;
     m_starting = true;
     const auto done = qScopeGuard([this] { m_starting = false; });
+    Q_EMIT queueOpened(paths);
 
     UserDefaults& defaults = m_models.defaults();
     m_models.log().clear();

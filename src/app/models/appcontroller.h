@@ -64,6 +64,8 @@ class AppController : public QObject {
     static QString desktopFolder();
 
   Q_SIGNALS:
+    // The paths of a drop or open, before their batch starts.
+    void queueOpened(const QStringList& paths);
     void statusChanged(const QString& status);
     void currentFileChanged(const QString& text);
     void thumbnailChanged(const QImage& thumbnail);

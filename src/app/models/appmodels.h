@@ -3,6 +3,7 @@
 #include "app/models/activitylogmodel.h"
 #include "app/models/creatormenu.h"
 #include "app/models/destinationlist.h"
+#include "app/models/previewmodel.h"
 #include "app/models/renamingmodel.h"
 #include "app/models/settingsmodel.h"
 #include "settings/userdefaults.h"
@@ -30,6 +31,8 @@ class AppModels {
     ActivityLogModel& log() { return m_log; }
     DestinationList& destinations() { return m_destinations; }
     CreatorMenu& creators() { return m_creators; }
+    // The picture of the queue as the next batch would write it.
+    PreviewModel& preview() { return m_preview; }
 
   private:
     void storeSettings();
@@ -41,6 +44,7 @@ class AppModels {
     ActivityLogModel m_log;
     DestinationList m_destinations;
     CreatorMenu m_creators;
+    PreviewModel m_preview;
 };
 
 } // namespace quillet

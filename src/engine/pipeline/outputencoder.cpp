@@ -212,11 +212,13 @@ QByteArray searchJpegQuality(const std::function<QByteArray(int)>& encode, int q
 }
 
 QByteArray dataForImage(const Picture& picture, int format, int resolution, int quality, qint64 byteLimit,
-                        ActivityLog& log, const QByteArray& iccProfile) {
+                        ActivityLog& log, const QByteArray& iccProfile, int* keptQuality) {
+    if (keptQuality)
+        *keptQuality = -1;
     switch (format) {
     case FileFormat::Jpeg:
         return searchJpegQuality([&](int q) { return jpegDataForImage(picture, resolution, q, iccProfile); },
-                                 quality, byteLimit, log);
+                                 quality, byteLimit, log, QStringLiteral("JPEG"), keptQuality);
     case FileFormat::Png:
         return pngDataForImage(picture, resolution, iccProfile);
     case FileFormat::Tiff:
@@ -226,11 +228,14 @@ QByteArray dataForImage(const Picture& picture, int format, int resolution, int 
     }
 }
 
-QByteArray dataForImage(const Picture& picture, const Encoding& encoding, ActivityLog& log) {
+QByteArray dataForImage(const Picture& picture, const Encoding& encoding, ActivityLog& log,
+                        int* keptQuality) {
     const int format = encoding.format;
+    if (keptQuality)
+        *keptQuality = -1;
     if (!FileFormat::isLossy(format))
         return dataForImage(picture, format, encoding.resolution, encoding.quality, encoding.byteLimit, log,
-                            encoding.metadata.iccProfile);
+                            encoding.metadata.iccProfile, keptQuality);
     const auto encodeAt = [&](const Picture& p, int q) {
         if (format == FileFormat::Jpeg)
             return jpegDataForImage(p, encoding.resolution, q, encoding.metadata.iccProfile);
@@ -244,11 +249,13 @@ QByteArray dataForImage(const Picture& picture, const Encoding& encoding, Activi
                                  encoding.byteLimit, to, name, last);
     };
     if (!encoding.shrinkToFit || encoding.byteLimit <= 0)
-        return search(log, nullptr);
+        return search(log, keptQuality);
 
     BatchLog held;
     int floor = encoding.quality;
     const QByteArray bytes = search(held, &floor);
+    if (keptQuality)
+        *keptQuality = floor;
     const qint64 budget = encoding.byteLimit - std::max<qint64>(encoding.addedLater, 0);
     const bool over = !bytes.isEmpty() && bytes.size() > budget;
     const std::optional<SizeBudget::Fitted> fitted =

@@ -21,9 +21,10 @@ namespace OutputEncoder {
 // `byteLimit` (0 for none) and logs the quality line, and the warning when
 // the search ran out of quality. Other format codes give empty bytes. A
 // non-empty `iccProfile` is embedded in every format (it counts against the
-// limit); the output carries no other metadata.
+// limit); the output carries no other metadata. `keptQuality`, when given,
+// receives the JPEG quality of the bytes returned (-1 for the other formats).
 QByteArray dataForImage(const Picture& picture, int format, int resolution, int quality, qint64 byteLimit,
-                        ActivityLog& log, const QByteArray& iccProfile = {});
+                        ActivityLog& log, const QByteArray& iccProfile = {}, int* keptQuality = nullptr);
 
 // What one output is written as.
 struct Encoding {
@@ -48,7 +49,10 @@ struct Encoding {
 // encoded once, whatever the limit). With shrinkToFit a search that ran out
 // above the limit goes on by size; the log then names the size it ended at
 // instead of the search's warning, which stays when even that fails.
-QByteArray dataForImage(const Picture& picture, const Encoding& encoding, ActivityLog& log);
+// `keptQuality`, when given, receives the quality of the bytes returned (-1
+// for PNG, TIFF and lossless outputs).
+QByteArray dataForImage(const Picture& picture, const Encoding& encoding, ActivityLog& log,
+                        int* keptQuality = nullptr);
 
 // The image recording `resolution` dpi (72 below 1).
 vips::VImage withResolution(const vips::VImage& image, int resolution);
@@ -75,9 +79,8 @@ QByteArray tiffDataForImage(const Picture& picture, int resolution, const QByteA
 int nextFactorWithSize(qint64 size, qint64 limit, int factor);
 
 // The size search over any encoder (encode gives the bytes at a quality):
-// returns the last bytes encoded, whether or not they fit.
-// The log names the format ("JPEG quality: 80"); `lastQuality`, when given,
-// receives the quality of the bytes returned.
+// returns the last bytes encoded, whether or not they fit, and their quality
+// in `lastQuality` when given. The log names the format ("JPEG quality: 80").
 QByteArray searchJpegQuality(const std::function<QByteArray(int)>& encode, int quality, qint64 byteLimit,
                              ActivityLog& log, const QString& formatName = QStringLiteral("JPEG"),
                              int* lastQuality = nullptr);

@@ -38,7 +38,7 @@ bool drawWatermarks(Picture& picture, const ProcessingRequest& request,
 }
 
 QByteArray encode(const Picture& picture, const ProcessingRequest& request, ActivityLog& log,
-                  const QByteArray& iccProfile, const SourceMetadata& source, bool upright) {
+                  const QByteArray& iccProfile, const SourceMetadata& source, bool upright, int* keptQuality) {
     const OutputSettings& output = request.output;
     OutputEncoder::Encoding encoding;
     encoding.format = output.format;
@@ -55,7 +55,7 @@ QByteArray encode(const Picture& picture, const ProcessingRequest& request, Acti
     if (FileFormat::isModern(output.format) && output.keepsHeader())
         encoding.metadata = ModernEncoder::outputMetadata(iccProfile, source.exif, source.xmp, output.dpi(),
                                                           upright || source.decodedUpright);
-    return OutputEncoder::dataForImage(picture, encoding, log);
+    return OutputEncoder::dataForImage(picture, encoding, log, keptQuality);
 }
 
 vips::VImage thumbnail(const Picture& picture) {

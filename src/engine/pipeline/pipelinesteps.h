@@ -28,9 +28,11 @@ bool drawWatermarks(Picture& picture, const ProcessingRequest& request,
                     const std::optional<Picture>& watermark, const KVImageInfo* info, ActivityLog& log);
 // The output bytes with the colour profile given, empty on failure. WebP,
 // AVIF and JPEG XL take the EXIF and XMP of `source` when the request keeps
-// the header, the orientation reset to 1 when the pixels are `upright`.
+// the header, the orientation reset to 1 when the pixels are `upright`. The
+// quality the bytes were made at goes to `keptQuality` when given.
 QByteArray encode(const Picture& picture, const ProcessingRequest& request, ActivityLog& log,
-                  const QByteArray& iccProfile = {}, const SourceMetadata& source = {}, bool upright = false);
+                  const QByteArray& iccProfile = {}, const SourceMetadata& source = {}, bool upright = false,
+                  int* keptQuality = nullptr);
 // The status thumbnail: fit into 64 x 64, never enlarged.
 vips::VImage thumbnail(const Picture& picture);
 // The watermark picture, none when the file does not load.

@@ -155,8 +155,10 @@ void finish(RenderedFile& out, const RenderSettings& settings, const Picture& lo
                                    : out.source.iccProfile;
     out.textSizeCapped = PipelineSteps::drawWatermarks(picture, request, settings.watermark,
                                                        out.info ? &*out.info : nullptr, out.pictureLog);
-    out.bytes =
-        PipelineSteps::encode(picture, request, out.encoderLog, profile, out.source, processed->autoRotated);
+    out.width = picture.image.width();
+    out.height = picture.image.height();
+    out.bytes = PipelineSteps::encode(picture, request, out.encoderLog, profile, out.source,
+                                      processed->autoRotated, &out.jpegQuality);
     if (request.output.keepSmallerOriginal && !out.bytes.isEmpty()) {
         if (std::optional<QByteArray> original =
                 SmallerOriginal::ifSmaller(out.path, request.output.format, out.bytes.size())) {

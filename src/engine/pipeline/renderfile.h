@@ -29,7 +29,10 @@ struct RenderedFile {
     BatchLog pictureLog;
     // Log lines of the encoder, shown only once the file is going to be written.
     BatchLog encoderLog;
-    QByteArray bytes; // encoded output; empty when encoding failed
+    QByteArray bytes;     // encoded output; empty when encoding failed
+    int jpegQuality = -1; // the quality of `bytes` when they are a JPEG
+    int width = 0;        // of the encoded picture
+    int height = 0;
     bool autoRotated = false;
     // The bytes are the input's own: the output would have been larger.
     bool keptOriginal = false;

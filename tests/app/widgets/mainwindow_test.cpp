@@ -2,6 +2,7 @@
 #include "app/widgets/log/activitylogwindow.h"
 #include "app/widgets/main/droparea.h"
 #include "app/widgets/main/mainwindow.h"
+#include "app/widgets/preview/previewpane.h"
 #include "app/widgets/settings/settingspanel.h"
 #include "app/widgets/sheets/progresssheet.h"
 
@@ -197,6 +198,38 @@ TEST_F(MainWindowTest, ActivityLogLeftOpenAtQuitOpensAgain) {
     MainWindow again(*controller, *models, sheets);
     again.show();
     EXPECT_TRUE(waitFor([&again] { return again.activityLog()->isVisible(); }, 2000));
+}
+
+TEST_F(MainWindowTest, PreviewPaneIsHiddenUntilAskedForAndShowsWhatWasDropped) {
+    auto* action = window->findChild<QAction*>("actionPreview");
+    ASSERT_TRUE(action);
+    EXPECT_FALSE(window->previewPane()->isVisible());
+    // Hidden, the pane leaves no room behind: the settings reach the margin.
+    waitFor([] { return false; }, 50);
+    EXPECT_GE(window->settingsPanel()->geometry().right(), window->centralWidget()->width() - 16 - 2);
+    action->trigger();
+    EXPECT_TRUE(window->previewPane()->isVisible());
+    EXPECT_TRUE(models->defaults().boolValue("PreviewVisible"));
+
+    drop(makePictures(in(), 2, 40));
+    ASSERT_TRUE(waitForIdle());
+    auto* position = window->findChild<QLabel*>("previewPosition");
+    EXPECT_EQ(position->text(), "1 of 2: pic00.jpg");
+    auto* pixels = window->findChild<QLabel*>("previewPixels");
+    // The settings are Fit 16 x 16: the pane shows the output's size.
+    EXPECT_TRUE(waitFor([pixels] { return pixels->text() == "16 × 16"; }, 20000))
+        << qPrintable(pixels->text());
+    window->findChild<QWidget*>("previewNext")->setFocus();
+    QTest::mouseClick(window->findChild<QWidget*>("previewNext"), Qt::LeftButton);
+    EXPECT_EQ(position->text(), "2 of 2: pic01.jpg");
+    EXPECT_FALSE(window->findChild<QWidget*>("previewNext")->isEnabled());
+
+    MainWindow again(*controller, *models, sheets);
+    again.show();
+    EXPECT_TRUE(again.previewPane()->isVisible());
+    again.findChild<QAction*>("actionPreview")->trigger();
+    EXPECT_FALSE(again.previewPane()->isVisible());
+    EXPECT_FALSE(models->defaults().boolValue("PreviewVisible"));
 }
 
 TEST_F(MainWindowTest, ActivityLogMenuItemTogglesTheWindow) {

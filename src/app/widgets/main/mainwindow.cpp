@@ -5,6 +5,7 @@
 #include "app/models/windowtitle.h"
 #include "app/widgets/log/activitylogwindow.h"
 #include "app/widgets/main/droparea.h"
+#include "app/widgets/preview/previewpane.h"
 #include "app/widgets/settings/settingspanel.h"
 #include "app/widgets/sheets/filechooser.h"
 #include "app/widgets/sheets/progresssheet.h"
@@ -27,6 +28,7 @@ namespace quillet {
 namespace {
 
 constexpr char FrameKey[] = "KVmainWindowAutosave";
+constexpr char PreviewKey[] = "PreviewVisible";
 
 QString displayPath(const QString& path) {
     const QString home = QDir::homePath();
@@ -41,7 +43,7 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
     : QMainWindow(parent), m_controller(controller), m_models(models), m_sheets(sheets),
       m_dropArea(new DropArea(this)), m_destinations(new CommandComboBox(this)),
       m_settings(new SettingsPanel(controller, models, sheets, this)),
-      m_progress(new ProgressSheet(controller, this)),
+      m_preview(new PreviewPane(models.preview(), this)), m_progress(new ProgressSheet(controller, this)),
       m_log(new ActivityLogWindow(models.log(), models.defaults(), this)) {
     setObjectName(QStringLiteral("mainWindow"));
     setTitle(tr("Quillet"));
@@ -59,12 +61,13 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
     destinationRow->addWidget(m_destinations, 1);
 
     auto* central = new QWidget(this);
-    auto* grid = new QGridLayout(central);
+    auto* grid = m_grid = new QGridLayout(central);
     grid->setContentsMargins(16, 12, 16, 12);
     grid->setHorizontalSpacing(16);
     grid->addLayout(destinationRow, 0, 0);
     grid->addWidget(m_dropArea, 1, 0);
     grid->addWidget(m_settings, 0, 1, 2, 1);
+    grid->addWidget(m_preview, 0, 2, 2, 1);
     grid->addWidget(buildStatusRow(), 2, 0, 1, 2);
     grid->setColumnStretch(0, 1);
     grid->setRowStretch(1, 1);
@@ -75,11 +78,14 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
     // The least width is what the drop hint and the settings column need,
     // which the layout knows; the height never goes below 450.
     central->setMinimumHeight(450 - menuBar()->sizeHint().height());
-    resize(980, 780);
+    resize(models.defaults().boolValue(QLatin1String(PreviewKey)) ? 1440 : 980, 780);
     const QByteArray frame = models.defaults().value(QLatin1String(FrameKey)).toByteArray();
     if (!frame.isEmpty())
         restoreGeometry(frame);
 
+    showPreview(models.defaults().boolValue(QLatin1String(PreviewKey)));
+    m_previewAction->setChecked(m_preview->isVisibleTo(this));
+    connect(&controller, &AppController::queueOpened, &models.preview(), &PreviewModel::setQueue);
     connect(m_dropArea, &DropArea::pathsDropped, &controller, &AppController::processFiles);
     connect(m_destinations, &QComboBox::activated, this, &MainWindow::destinationChosen);
     connect(&controller, &AppController::progressSheetShown, this, [this](bool shown) {
@@ -137,6 +143,19 @@ void MainWindow::buildMenus() {
     rename->setShortcut(QKeySequence(tr("Ctrl+R")));
     m_idleActions = {m_openAction, m_openFolderAction, watermarks, rename};
 
+    QMenu* view = menuBar()->addMenu(tr("&View"));
+    m_previewAction = view->addAction(tr("&Preview"));
+    m_previewAction->setObjectName(QStringLiteral("actionPreview"));
+    m_previewAction->setCheckable(true);
+    m_previewAction->setShortcut(QKeySequence(tr("Ctrl+P")));
+    connect(m_previewAction, &QAction::toggled, this, [this](bool shown) {
+        showPreview(shown);
+        // The pane takes room of its own instead of squeezing the drop area.
+        if (shown && !isMaximized() && !isFullScreen() && width() < 1440)
+            resize(1440, height());
+        m_models.defaults().setValue(QLatin1String(PreviewKey), shown);
+    });
+
     QMenu* window = menuBar()->addMenu(tr("&Window"));
     m_logAction = window->addAction(tr("&Activity Log"));
     m_logAction->setObjectName(QStringLiteral("actionActivityLog"));
@@ -144,6 +163,12 @@ void MainWindow::buildMenus() {
     m_logAction->setShortcut(QKeySequence(tr("Ctrl+L")));
     connect(m_logAction, &QAction::triggered, m_log, &ActivityLogWindow::setOpen);
     connect(m_log, &ActivityLogWindow::openChanged, m_logAction, &QAction::setChecked);
+}
+
+void MainWindow::showPreview(bool shown) {
+    m_preview->setVisible(shown);
+    // A hidden pane's column would still take its share of the width.
+    m_grid->setColumnStretch(2, shown ? 2 : 0);
 }
 
 QWidget* MainWindow::buildStatusRow() {

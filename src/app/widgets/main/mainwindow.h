@@ -5,6 +5,7 @@
 #include <optional>
 
 class QAction;
+class QGridLayout;
 class QLabel;
 
 namespace quillet {
@@ -15,6 +16,7 @@ class AppModels;
 class Sheets;
 class CommandComboBox;
 class DropArea;
+class PreviewPane;
 class ProgressSheet;
 class SettingsPanel;
 
@@ -31,6 +33,7 @@ class MainWindow : public QMainWindow {
     ActivityLogWindow* activityLog() const { return m_log; }
     ProgressSheet* progressSheet() const { return m_progress; }
     SettingsPanel* settingsPanel() const { return m_settings; }
+    PreviewPane* previewPane() const { return m_preview; }
 
     void setTitle(const std::optional<QString>& title);
     void setTitleSuffix(const std::optional<QString>& suffix);
@@ -43,6 +46,7 @@ class MainWindow : public QMainWindow {
 
   private:
     void buildMenus();
+    void showPreview(bool shown);
     QWidget* buildStatusRow();
     void rebuildDestinationMenu();
     void destinationChosen(int index);
@@ -60,11 +64,14 @@ class MainWindow : public QMainWindow {
     QLabel* m_thumbnail = nullptr;
     QLabel* m_status = nullptr;
     QLabel* m_outputFolder = nullptr;
+    PreviewPane* m_preview;
+    QGridLayout* m_grid = nullptr;
     ProgressSheet* m_progress;
     ActivityLogWindow* m_log;
     QAction* m_openAction = nullptr;
     QAction* m_openFolderAction = nullptr;
     QAction* m_logAction = nullptr;
+    QAction* m_previewAction = nullptr;
     QList<QAction*> m_idleActions;
     std::optional<QString> m_title;
     std::optional<QString> m_titleSuffix;
