@@ -38,7 +38,8 @@ bool drawWatermarks(Picture& picture, const ProcessingRequest& request,
 }
 
 QByteArray encode(const Picture& picture, const ProcessingRequest& request, ActivityLog& log,
-                  const QByteArray& iccProfile, const SourceMetadata& source, bool upright, int* keptQuality) {
+                  const QByteArray& iccProfile, const SourceMetadata& source, bool upright,
+                  int* keptQuality) {
     const OutputSettings& output = request.output;
     OutputEncoder::Encoding encoding;
     encoding.format = output.format;
