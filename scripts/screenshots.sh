@@ -10,6 +10,7 @@
 #   rename-panel.png    the renaming panel on its date scheme
 #   main-window-dark.png  the main window in a dark palette
 #   preview-pane.png    the main window with the preview of the samples
+#   format-menu.png     the main window with the output format menu open
 set -euo pipefail
 [ -n "${QUILLET_TRACE:-}" ] && set -x
 cd "$(dirname "$0")/.."
@@ -120,6 +121,7 @@ still Watermarks "$shots/watermarks.png" \
     --show watermarks
 still 'Output File Names' "$shots/rename-panel.png" "SelectedRename=3\nRenamePrefix=trip-" --show rename
 still Quillet "$shots/main-window-dark.png" "ScaleType=4\n$sizes\nFileFormat=102" --dark
+still Quillet "$shots/format-menu.png" "ScaleType=4\n$sizes" --show formats
 mkdir -p "$work/preview"
 cp samples/*.jpg samples/phone/*.jpg "$work/preview/"
 # The pictures are opened, so a batch runs first; the preview follows the drop.

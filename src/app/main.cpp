@@ -4,6 +4,7 @@
 #include "app/models/desktopservices.h"
 #include "app/models/singleinstance.h"
 #include "app/widgets/main/mainwindow.h"
+#include "app/widgets/settings/settingscontrols.h"
 #include "app/widgets/settings/settingspanel.h"
 #include "app/widgets/sheets/sheets.h"
 #include "desktop/desktopnotification.h"
@@ -33,7 +34,8 @@ const char usage[] = "Usage: quillet-gui [--settings FILE] [--dark] [--show PANE
                      "  --settings FILE   use FILE (INI) as the settings store; the environment\n"
                      "                    variable QUILLET_SETTINGS does the same\n"
                      "  --dark            use a dark palette whatever the desktop's theme\n"
-                     "  --show PANEL      open the 'watermarks' window or the 'rename' panel at start\n"
+                     "  --show PANEL      open the 'watermarks' window, the 'rename' panel or the\n"
+                     "                    'formats' menu at start\n"
                      "  -h, --help        show this help\n"
                      "  --version         show the version\n";
 
@@ -93,8 +95,9 @@ int earlyExit(int argc, char* argv[]) {
                 return 2;
             }
             if (arg == QLatin1String("--show") && value != QLatin1String("watermarks") &&
-                value != QLatin1String("rename")) {
-                std::fprintf(stderr, "quillet-gui: --show takes 'watermarks' or 'rename'\n\n%s", usage);
+                value != QLatin1String("rename") && value != QLatin1String("formats")) {
+                std::fprintf(stderr, "quillet-gui: --show takes 'watermarks', 'rename' or 'formats'\n\n%s",
+                             usage);
                 return 2;
             }
         }
@@ -179,6 +182,9 @@ int main(int argc, char* argv[]) {
             QTimer::singleShot(0, &window, [&window] { window.settingsPanel()->showWatermarks(); });
         else if (panel == QLatin1String("rename"))
             QTimer::singleShot(0, &window, [&window] { window.settingsPanel()->showRename(); });
+        else if (panel == QLatin1String("formats"))
+            QTimer::singleShot(0, &window,
+                               [&window] { window.settingsPanel()->controls()->showFormatMenu(); });
         // Everything named on the command line forms one batch.
         for (const QString& path : paths)
             controller.openFile(path);

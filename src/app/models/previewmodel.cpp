@@ -23,8 +23,7 @@ PreviewModel::PreviewModel(SettingsModel& settings, RenamingModel& renaming, QOb
     // The workers outlive no update: their destructors join them before
     // this object goes, and updates posted by then are dropped with it.
     const auto deliver = [this](PreviewUpdate update) {
-        QMetaObject::invokeMethod(
-            this, [this, update = std::move(update)] { receive(update); }, Qt::QueuedConnection);
+        m_calls.post([this, update = std::move(update)] { receive(update); });
     };
     m_quick = std::make_unique<PreviewWorker>(PreviewWorker::Quick, deliver);
     m_full = std::make_unique<PreviewWorker>(PreviewWorker::Full, deliver);

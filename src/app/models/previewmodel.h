@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/models/previewworker.h"
+#include "app/models/queuedcalls.h"
 
 #include <QImage>
 #include <QObject>
@@ -76,6 +77,8 @@ class PreviewModel : public QObject {
     QImage m_output;
     PreviewResult m_result;
     qint64 m_estimate = -1;
+    // Results from the workers reach the main thread through here.
+    QueuedCalls m_calls{this};
     std::unique_ptr<PreviewWorker> m_quick;
     std::unique_ptr<PreviewWorker> m_full;
 };

@@ -253,6 +253,11 @@ void SettingsControls::setToolTipsHidden(bool hidden) {
         widget->setToolTip(hidden ? QString() : tip);
 }
 
+void SettingsControls::showFormatMenu() {
+    m_format->setFocus();
+    m_format->showPopup();
+}
+
 void SettingsControls::connectControls() {
     SizingModel& sizing = m_model.sizing();
     OutputModel& output = m_model.output();

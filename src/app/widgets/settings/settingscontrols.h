@@ -27,6 +27,8 @@ class SettingsControls : public QWidget {
 
     // Removes or restores the controls' tool tips ("HideToolTips").
     void setToolTipsHidden(bool hidden);
+    // Opens the output format menu, as a click on it does.
+    void showFormatMenu();
 
   Q_SIGNALS:
     // The user chose automatic rotation from the menu (the hint may follow).
