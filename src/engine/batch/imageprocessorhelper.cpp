@@ -118,8 +118,7 @@ int ImageProcessorHelper::commitFile(RenderedFile& rendered, int index, BatchCon
     if (keepsHeader && request.output.format == FileFormat::Jpeg) {
         MetadataNotes notes;
         const int copied =
-            OutputMetadata::preserve(rendered.path, rendered.source, outputPath, request.output.dpi(),
-                                     rendered.autoRotated, context.fileSystem, &notes);
+            OutputMetadata::carry(rendered, request.output.dpi(), outputPath, context.fileSystem, &notes);
         notes.writeDamage(context.shell, QFileInfo(rendered.path).fileName());
         // The copy returns 1 when it rewrote the output; the log reads the
         // result the other way round, which users of the original know.
@@ -127,9 +126,6 @@ int ImageProcessorHelper::commitFile(RenderedFile& rendered, int index, BatchCon
             context.shell.writeWarningActivity(QStringLiteral("\tUnable to read and copy EXIF\n"));
         else
             context.shell.writeActivity(QStringLiteral("\tEXIF copied\n"));
-        // The pixels are upright now; a copied orientation would turn them again.
-        if (rendered.autoRotated)
-            KVImageInfo::setOrientation(1, outputPath, context.fileSystem);
     }
     setAttributes(rendered, outputPath, context);
     if (thumbnailOut)

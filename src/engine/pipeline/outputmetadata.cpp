@@ -114,6 +114,16 @@ int preserve(const QString& source, const SourceMetadata& metadata, const QStrin
     return copied;
 }
 
+int carry(const RenderedFile& rendered, int resolution, const QString& output, FileSystem& fileSystem,
+          MetadataNotes* notes) {
+    const int copied =
+        preserve(rendered.path, rendered.source, output, resolution, rendered.autoRotated, fileSystem, notes);
+    // The pixels are upright now; a copied orientation would turn them again.
+    if (rendered.autoRotated)
+        KVImageInfo::setOrientation(1, output, fileSystem);
+    return copied;
+}
+
 } // namespace OutputMetadata
 
 } // namespace quillet

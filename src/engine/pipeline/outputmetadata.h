@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/pipeline/renderfile.h"
 #include "engine/pipeline/sourcemetadata.h"
 #include "support/filesystem.h"
 
@@ -20,6 +21,12 @@ namespace OutputMetadata {
 // Returns 1 when EXIF was written into the output, as the JPEG transfer does.
 int preserve(const QString& source, const SourceMetadata& metadata, const QString& output, int resolution,
              bool uprightPixels, FileSystem& fileSystem, MetadataNotes* notes);
+
+// What a written JPEG output takes over when EXIF is kept: preserve() from
+// the rendered file's input, then the orientation made 1 when the batch
+// turned the pixels. Returns what preserve() returns.
+int carry(const RenderedFile& rendered, int resolution, const QString& output, FileSystem& fileSystem,
+          MetadataNotes* notes);
 
 // The bytes with the JFIF and EXIF resolutions set to `resolution` dpi, and
 // the EXIF and XMP orientations reset to 1 when `resetOrientation` asks; the

@@ -1,15 +1,47 @@
 #include "engine/pipeline/previewrender.h"
 
 #include "engine/geometry/geometry.h"
+#include "engine/pipeline/outputmetadata.h"
 #include "engine/pipeline/outputnaming.h"
 #include "engine/pipeline/pipelinesteps.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QTemporaryDir>
 
 namespace quillet {
 
 namespace PreviewRender {
+
+namespace {
+
+// A folder held in memory where the system has one: the user's runtime
+// folder or /dev/shm, both tmpfs; the temporary folder otherwise.
+QString scratchBase() {
+    for (const QString& base : {qEnvironmentVariable("XDG_RUNTIME_DIR"), QStringLiteral("/dev/shm")}) {
+        const QFileInfo info(base);
+        if (!base.isEmpty() && info.isDir() && info.isWritable())
+            return base;
+    }
+    return QDir::tempPath();
+}
+
+// The JPEG as the batch leaves it once the input's EXIF and XMP are copied
+// in. That step works on files, so the bytes pass through a scratch file
+// that goes with the render; nothing is written near the user's pictures.
+QByteArray withCarriedMetadata(const RenderedFile& rendered, int resolution) {
+    QTemporaryDir scratch(scratchBase() + QStringLiteral("/quillet-preview-XXXXXX"));
+    const QString output = scratch.path() + QStringLiteral("/preview.jpg");
+    FileSystem& fileSystem = FileSystem::standard();
+    if (!scratch.isValid() || !fileSystem.writeAtomically(output, rendered.bytes))
+        return rendered.bytes;
+    OutputMetadata::carry(rendered, resolution, output, fileSystem, nullptr);
+    QFile file(output);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : rendered.bytes;
+}
+
+} // namespace
 
 RenderSettings settingsFor(const ProcessingRequest& request, const Renamer& renamer) {
     RenderSettings settings;
@@ -43,11 +75,14 @@ PreviewResult render(const QString& path, const RenderSettings& settings, const 
         return result;
     }
     result.rendered = true;
-    result.bytes = std::move(rendered.bytes);
+    const OutputSettings& output = settings.request.output;
+    if (output.keepsHeader() && output.format == FileFormat::Jpeg && !rendered.keptOriginal)
+        result.bytes = withCarriedMetadata(rendered, output.dpi());
+    else
+        result.bytes = std::move(rendered.bytes);
     result.width = rendered.width;
     result.height = rendered.height;
     result.quality = rendered.jpegQuality;
-    result.exifToCome = settings.request.output.keepsHeader();
     const QString base = OutputNaming::baseName(path);
     const QString name =
         renamer.nameFromInputName(base, rendered.info ? &*rendered.info : nullptr, index).value_or(base);

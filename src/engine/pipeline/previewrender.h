@@ -15,12 +15,11 @@ namespace quillet {
 struct PreviewResult {
     bool rendered = false;
     QString message;  // why nothing came out, when nothing did
-    QByteArray bytes; // the file the batch writes, less any EXIF it copies in afterwards
+    QByteArray bytes; // the file the batch writes, metadata included
     int width = 0;
     int height = 0;
     int quality = -1;        // the JPEG quality the size search kept; -1 for PNG and TIFF
     QString outputName;      // the file name the renamer gives it
-    bool exifToCome = false; // the batch copies the source's EXIF into the written file
 };
 
 // A picture decoded once for the preview, shrunk on load, as stored (not

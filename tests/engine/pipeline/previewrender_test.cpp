@@ -21,9 +21,8 @@ void PrintTo(const Setting& setting, std::ostream* os) {
     *os << setting.name;
 }
 
-// The preview must show the very file the batch writes. EXIF copied into a
-// JPEG after encoding is the metadata layer's and is left out on both sides
-// (PreserveHeader off): what is compared is every byte the encoder makes.
+// The preview must show the very file the batch writes, to the byte: the
+// encoder's output and the EXIF and XMP copied into a JPEG after it.
 class PreviewParityTest : public ::testing::TestWithParam<Setting> {
   protected:
     void SetUp() override {
@@ -33,7 +32,7 @@ class PreviewParityTest : public ::testing::TestWithParam<Setting> {
                     in + QLatin1Char('/') + source);
         path = in + QLatin1Char('/') + source;
         batchtree::picture(tmp->path() + QStringLiteral("/mark.png"), 60, 30, 40);
-        params.setBool(ParamKey::PreserveHeader, false);
+        params.setBool(ParamKey::PreserveHeader, true);
         params.setInt(ParamKey::Rotation, Rotation::Automatic);
         params.setString(ParamKey::WatermarkPath, tmp->path() + QStringLiteral("/mark.png"));
         for (const auto& [key, value] : GetParam().params)
@@ -90,6 +89,7 @@ INSTANTIATE_TEST_SUITE_P(
     Settings, PreviewParityTest,
     ::testing::Values(
         Setting{"NoScaling", {{P::ScaleType, ScaleType::None}}},
+        Setting{"WithoutExif", {{P::ScaleType, ScaleType::None}, {P::PreserveHeader, false}}},
         Setting{"FitTurnedUpright", {{P::ScaleType, ScaleType::Fit}, {P::Width, 200}, {P::Height, 120}}},
         Setting{"ToWidthEnlarged", {{P::ScaleType, ScaleType::ToWidth}, {P::Width, 220}}, "Canon_40D.jpg"},
         Setting{"ToHeight", {{P::ScaleType, ScaleType::ToHeight}, {P::Height, 150}}},

@@ -113,13 +113,9 @@ void PreviewPane::showResult() {
     }
     const QLocale locale;
     m_pixels->setText(tr("%1 × %2").arg(result.width).arg(result.height));
-    QString bytes =
+    m_bytes->setText(
         tr("%1 bytes (%2)")
-            .arg(locale.toString(result.bytes.size()), locale.formattedDataSize(result.bytes.size()));
-    // The EXIF is copied in once the file is on disk, and only there.
-    if (result.exifToCome)
-        bytes += tr(" + the EXIF");
-    m_bytes->setText(bytes);
+            .arg(locale.toString(result.bytes.size()), locale.formattedDataSize(result.bytes.size())));
     m_quality->setText(result.quality < 0 ? tr("not a JPEG") : QString::number(result.quality));
     m_name->setText(result.outputName);
 }
