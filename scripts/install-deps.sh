@@ -10,9 +10,10 @@ packages=(
   libgtest-dev libgmock-dev
   # runtime tools and fonts
   libjpeg-turbo-progs fonts-dejavu-core
-  # the WebP, JPEG XL and AVIF encoders behind libvips (AVIF: libheif with
-  # libaom's AV1 encoder); libvips pulls them in, named here for what we use
-  libwebp7 libjxl0.7 libheif1 libaom3
+  # the WebP and JPEG XL encoders behind libvips, and libheif with libaom's
+  # AV1 encoder, which writes AVIF directly (libvips pulls most in; named
+  # here for what we use)
+  libwebp7 libjxl0.7 libheif-dev libheif1 libaom3
   # test oracle, fuzzing, GUI tests and screenshots
   libimage-exiftool-perl clang libclang-rt-14-dev xvfb x11-utils
   # benchmark competitors and measurement

@@ -22,8 +22,10 @@ struct Outcome {
     QString err;
 };
 
-Outcome runQuillet(const QStringList& args, int timeoutMs = 120000) {
+Outcome runQuillet(const QStringList& args, int timeoutMs = 120000,
+                   const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment()) {
     QProcess process;
+    process.setProcessEnvironment(environment);
     process.setProgram(testsupport::cliPath());
     process.setArguments(QStringList{QStringLiteral("process")} + args);
     process.setStandardInputFile(QProcess::nullDevice());
@@ -338,4 +340,27 @@ TEST_F(ProcessCommandTest, KeepSmallerCopiesTheInputWhenTheOutputWouldBeLarger) 
         runQuillet(args + QStringList{path(QStringLiteral("plain")), path(QStringLiteral("in"))});
     ASSERT_EQ(plain.status, 0) << qPrintable(plain.err);
     EXPECT_GT(outputs(path(QStringLiteral("plain"))).value(QStringLiteral("small.jpg")).size(), input.size());
+}
+
+// libvips finds its JPEG XL saver in a module under VIPSHOME: pointed at an
+// empty folder, it is a system without one. The format is refused before
+// anything is written, and the other formats still work.
+TEST_F(ProcessCommandTest, FormatWithoutAnEncoderIsRefusedBeforeAnythingIsWritten) {
+    picture(path(QStringLiteral("in/a.png")), 40, 30);
+    QDir().mkpath(path(QStringLiteral("no-modules")));
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("VIPSHOME"), path(QStringLiteral("no-modules")));
+    const QString in = path(QStringLiteral("in"));
+
+    const Outcome refused =
+        runQuillet({"--format", "jxl", "--dest", path(QStringLiteral("jxl")), in}, 60000, environment);
+    EXPECT_EQ(refused.status, 2) << qPrintable(refused.err);
+    EXPECT_TRUE(refused.err.contains(QLatin1String("cannot write JPEG XL pictures: ")))
+        << qPrintable(refused.err);
+    EXPECT_FALSE(QFileInfo::exists(path(QStringLiteral("jxl"))));
+
+    const Outcome webp =
+        runQuillet({"--format", "webp", "--dest", path(QStringLiteral("webp")), in}, 60000, environment);
+    EXPECT_EQ(webp.status, 0) << qPrintable(webp.err);
+    EXPECT_TRUE(QFileInfo::exists(path(QStringLiteral("webp/in/a.webp"))));
 }

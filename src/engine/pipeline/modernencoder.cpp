@@ -1,5 +1,6 @@
 #include "engine/pipeline/modernencoder.h"
 
+#include "engine/pipeline/avifencoder.h"
 #include "engine/pipeline/outputencoder.h"
 #include "metadata/exifeditor.h"
 #include "metadata/xmporientation.h"
@@ -80,20 +81,16 @@ QByteArray withJxlBoxes(const QByteArray& codestream, const EmbeddedMetadata& me
 
 QByteArray encodeOrThrow(const Picture& picture, int format, int resolution, int quality, bool lossless,
                          const EmbeddedMetadata& metadata) {
+    if (format == FileFormat::Avif)
+        return AvifEncoder::encode(OutputEncoder::withAlphaIfNeeded(picture), std::clamp(quality, 1, 100),
+                                   metadata);
     const bool jxl = format == FileFormat::JpegXl;
     const VImage pixels = withMetadata(
         OutputEncoder::withResolution(OutputEncoder::withAlphaIfNeeded(picture), resolution), metadata, !jxl);
     // libvips deletes the options it is handed, on every path.
     vips::VOption* options = VImage::option()->set("Q", std::clamp(quality, 1, 100));
-    const char* suffix = ".webp";
-    if (format == FileFormat::Avif) {
-        suffix = ".avif";
-        options->set("compression", VIPS_FOREIGN_HEIF_COMPRESSION_AV1);
-    } else {
-        if (jxl)
-            suffix = ".jxl";
-        options->set("lossless", lossless);
-    }
+    const char* suffix = jxl ? ".jxl" : ".webp";
+    options->set("lossless", lossless);
     // Without any metadata libvips would still make up an EXIF block.
     options->set("strip", metadata.iccProfile.isEmpty() && metadata.exif.isEmpty() && metadata.xmp.isEmpty());
     void* data = nullptr;

@@ -15,7 +15,8 @@ struct EmbeddedMetadata {
     QByteArray xmp;  // the XMP packet
 };
 
-// WebP, AVIF (AV1 in a HEIF container, through libheif) and JPEG XL outputs.
+// WebP and JPEG XL outputs through libvips, AVIF (AV1 in a HEIF container)
+// through libheif.
 // An alpha band is kept only when some pixel is not fully opaque. Nothing
 // here throws: a picture that cannot be encoded gives empty bytes.
 namespace ModernEncoder {

@@ -71,6 +71,29 @@ TEST(ModernEncoder, CarriesProfileAndUprightExif) {
     }
 }
 
+// The XMP packet travels whole in every format, and libvips reads it back
+// where its loader looks (WebP and AVIF).
+TEST(ModernEncoder, CarriesTheXmpPacket) {
+    const QByteArray xmp = "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF "
+                           "xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description "
+                           "xmlns:dc='http://purl.org/dc/elements/1.1/' dc:source='quillet-xmp-marker'/>"
+                           "</rdf:RDF></x:xmpmeta>";
+    const Picture picture = testsupport::solidPicture(48, 32, 20, 90, 200);
+    for (const int format : modernFormats) {
+        if (!ModernEncoder::unavailableReason(format).isEmpty())
+            continue;
+        const QByteArray bytes = ModernEncoder::encode(picture, format, 72, 70, false, {{}, {}, xmp});
+        ASSERT_FALSE(bytes.isEmpty()) << format;
+        EXPECT_TRUE(bytes.contains(xmp)) << format;
+        if (format == FileFormat::JpegXl)
+            continue;
+        const VImage decoded = decode(bytes);
+        ASSERT_TRUE(vips_image_get_typeof(decoded.get_image(), VIPS_META_XMP_NAME)) << format;
+        EXPECT_TRUE(PictureExif::headerBlob(decoded, VIPS_META_XMP_NAME).contains("quillet-xmp-marker"))
+            << format;
+    }
+}
+
 // Not turned, the orientation stays what the camera wrote.
 TEST(ModernEncoder, KeepsOrientationOfUnturnedPixels) {
     QString path;
