@@ -11,6 +11,8 @@
 #   main-window-dark.png  the main window in a dark palette
 #   preview-pane.png    the main window with the preview of the samples
 #   format-menu.png     the main window with the output format menu open
+#   format-menu-without-jxl.png  the same on a system whose libvips has no
+#                       JPEG XL module: the format disabled, with the reason
 set -euo pipefail
 [ -n "${QUILLET_TRACE:-}" ] && set -x
 cd "$(dirname "$0")/.."
@@ -122,6 +124,9 @@ still Watermarks "$shots/watermarks.png" \
 still 'Output File Names' "$shots/rename-panel.png" "SelectedRename=3\nRenamePrefix=trip-" --show rename
 still Quillet "$shots/main-window-dark.png" "ScaleType=4\n$sizes\nFileFormat=102" --dark
 still Quillet "$shots/format-menu.png" "ScaleType=4\n$sizes" --show formats
+# libvips looks for its modules (JPEG XL among them) under VIPSHOME.
+mkdir -p "$work/no-modules"
+(export VIPSHOME=$work/no-modules; still Quillet "$shots/format-menu-without-jxl.png" "ScaleType=4\n$sizes" --show formats)
 mkdir -p "$work/preview"
 cp samples/*.jpg samples/phone/*.jpg "$work/preview/"
 # The pictures are opened, so a batch runs first; the preview follows the drop.
