@@ -13,6 +13,9 @@
 #   format-menu.png     the main window with the output format menu open
 #   format-menu-without-jxl.png  the same on a system whose libvips has no
 #                       JPEG XL module: the format disabled, with the reason
+#   preset-window.png   the main window with a preset chosen
+#   preset-menu.png     the preset menu open
+#   preset-manager.png  the preset manager
 set -euo pipefail
 [ -n "${QUILLET_TRACE:-}" ] && set -x
 cd "$(dirname "$0")/.."
@@ -101,6 +104,10 @@ still() { # title, file, store lines, arguments...
     local title=$1 file=$2 lines=$3 settle=${SETTLE:-1}
     shift 3
     printf '[General]\nOnTheFlyFolder=false\nShowAutoRotateHint=false\n%b\n' "$lines" >"$work/still.ini"
+    # Preset files named in PRESETS go into the store as `quillet presets` puts them.
+    for preset in ${PRESETS:-}; do
+        build/release/quillet --settings "$work/still.ini" presets import "$preset" >/dev/null
+    done
     build/release/quillet-gui --settings "$work/still.ini" "$@" 2>>"$work/stderr.log" &
     app=$!
     wait_for Quillet 100 >/dev/null
@@ -127,6 +134,20 @@ still Quillet "$shots/format-menu.png" "ScaleType=4\n$sizes" --show formats
 # libvips looks for its modules (JPEG XL among them) under VIPSHOME.
 mkdir -p "$work/no-modules"
 (export VIPSHOME=$work/no-modules; still Quillet "$shots/format-menu-without-jxl.png" "ScaleType=4\n$sizes" --show formats)
+preset() { # file, name, record keys (those left out read as 0 or off)
+    local base='"Rotation": 4, "ScaleQuality": 0, "SizeLimit": 100, "PreserveHeader": true, "BackgroundColor": "rgba(1, 1, 1, 1)", "WatermarkOpacity": 100, "WatermarkLocation": 2, "DynWatermarkSize": 2, "DynWatermarkStyle": 1'
+    printf '{"format": "quillet-preset", "version": 1, "preset": {"Name": "%s", %s, %s}}\n' "$2" "$base" "$3" >"$1"
+}
+jpeg='"FileFormat": 101, "JpegQuality": 85, "Resolution": 72'
+preset "$work/web.json" "Web 1600" "\"ScaleType\": 4, \"Width\": 1600, \"Height\": 1200, $jpeg"
+preset "$work/square.json" "Square 1080" "\"ScaleType\": 5, \"Width\": 1080, \"Height\": 1080, \"CropAreaPercentage\": 100, $jpeg"
+preset "$work/print.json" "Print 300 dpi" '"ScaleType": 1, "Resolution": 300, "FileFormat": 103'
+preset "$work/mark.json" "Web with date" "\"ScaleType\": 4, \"Width\": 1200, \"Height\": 1200, $jpeg, \"WatermarkEnabled\": true, \"DynWatermarkEnabled\": true, \"DynWatermarkFields\": [3]"
+export PRESETS="$work/web.json $work/square.json $work/print.json $work/mark.json"
+still Quillet "$shots/preset-window.png" "SelectedPreset=2"
+still Quillet "$shots/preset-menu.png" "SelectedPreset=2" --show presets
+still Presets "$shots/preset-manager.png" "SelectedPreset=2" --show preset-manager
+unset PRESETS
 mkdir -p "$work/preview"
 cp samples/*.jpg samples/phone/*.jpg "$work/preview/"
 # The pictures are opened, so a batch runs first; the preview follows the drop.

@@ -6,11 +6,12 @@ namespace quillet {
 
 AppModels::AppModels()
     : m_store(SettingsStore::open()), m_defaults(*m_store), m_renaming(*m_store), m_destinations(m_defaults),
-      m_creators(m_defaults), m_preview(m_settings, m_renaming) {
+      m_creators(m_defaults), m_preview(m_settings, m_renaming), m_presets(m_defaults, m_settings) {
     // The window starts with the settings it was left with, which are also
     // what the command-line tool uses with the same store.
     m_settings.load(m_defaults.processingParams());
     QObject::connect(&m_settings, &SettingsModel::changed, [this] { storeSettings(); });
+    m_presets.restoreSelection();
 }
 
 void AppModels::storeSettings() {

@@ -3,6 +3,7 @@
 #include "app/models/activitylogmodel.h"
 #include "app/models/creatormenu.h"
 #include "app/models/destinationlist.h"
+#include "app/models/presetmenumodel.h"
 #include "app/models/previewmodel.h"
 #include "app/models/renamingmodel.h"
 #include "app/models/settingsmodel.h"
@@ -33,6 +34,9 @@ class AppModels {
     CreatorMenu& creators() { return m_creators; }
     // The picture of the queue as the next batch would write it.
     PreviewModel& preview() { return m_preview; }
+    // The presets, shared with `quillet presets`; the one chosen last is
+    // applied again at start.
+    PresetMenuModel& presets() { return m_presets; }
 
   private:
     void storeSettings();
@@ -45,6 +49,7 @@ class AppModels {
     DestinationList m_destinations;
     CreatorMenu m_creators;
     PreviewModel m_preview;
+    PresetMenuModel m_presets;
 };
 
 } // namespace quillet

@@ -5,6 +5,7 @@
 #include "app/models/windowtitle.h"
 #include "app/widgets/log/activitylogwindow.h"
 #include "app/widgets/main/droparea.h"
+#include "app/widgets/presets/presetbar.h"
 #include "app/widgets/preview/previewpane.h"
 #include "app/widgets/settings/settingspanel.h"
 #include "app/widgets/sheets/filechooser.h"
@@ -42,6 +43,7 @@ QString displayPath(const QString& path) {
 MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& sheets, QWidget* parent)
     : QMainWindow(parent), m_controller(controller), m_models(models), m_sheets(sheets),
       m_dropArea(new DropArea(this)), m_destinations(new CommandComboBox(this)),
+      m_presets(new PresetBar(models.presets(), controller, sheets, this)),
       m_settings(new SettingsPanel(controller, models, sheets, this)),
       m_preview(new PreviewPane(models.preview(), this)), m_progress(new ProgressSheet(controller, this)),
       m_log(new ActivityLogWindow(models.log(), models.defaults(), this)) {
@@ -66,7 +68,8 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
     grid->setHorizontalSpacing(16);
     grid->addLayout(destinationRow, 0, 0);
     grid->addWidget(m_dropArea, 1, 0);
-    grid->addWidget(m_settings, 0, 1, 2, 1);
+    grid->addWidget(m_presets, 0, 1);
+    grid->addWidget(m_settings, 1, 1);
     grid->addWidget(m_preview, 0, 2, 2, 1);
     grid->addWidget(buildStatusRow(), 2, 0, 1, 2);
     grid->setColumnStretch(0, 1);
@@ -142,6 +145,7 @@ void MainWindow::buildMenus() {
     rename->setObjectName(QStringLiteral("actionRename"));
     rename->setShortcut(QKeySequence(tr("Ctrl+R")));
     m_idleActions = {m_openAction, m_openFolderAction, watermarks, rename};
+    menuBar()->addMenu(tr("&Presets"))->addActions(m_presets->commands());
 
     QMenu* view = menuBar()->addMenu(tr("&View"));
     m_previewAction = view->addAction(tr("&Preview"));

@@ -16,6 +16,7 @@ class AppModels;
 class Sheets;
 class CommandComboBox;
 class DropArea;
+class PresetBar;
 class PreviewPane;
 class ProgressSheet;
 class SettingsPanel;
@@ -34,6 +35,7 @@ class MainWindow : public QMainWindow {
     ProgressSheet* progressSheet() const { return m_progress; }
     SettingsPanel* settingsPanel() const { return m_settings; }
     PreviewPane* previewPane() const { return m_preview; }
+    PresetBar* presetBar() const { return m_presets; }
 
     void setTitle(const std::optional<QString>& title);
     void setTitleSuffix(const std::optional<QString>& suffix);
@@ -60,6 +62,7 @@ class MainWindow : public QMainWindow {
     DropArea* m_dropArea;
     // Made in reading order, which is the keyboard's tab order.
     CommandComboBox* m_destinations;
+    PresetBar* m_presets;
     SettingsPanel* m_settings;
     QLabel* m_thumbnail = nullptr;
     QLabel* m_status = nullptr;

@@ -3,6 +3,7 @@
 #include "app/widgets/sheets/sheets.h"
 #include "app/widgets/views/singledropview.h"
 
+#include <QDir>
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QStandardPaths>
@@ -99,6 +100,36 @@ std::optional<QString> FileChooser::chooseApplication(Sheets& sheets, const QStr
     request.readAnswer = [](QDialog* dialog, int result) {
         if (result == DroppedCode)
             return SheetAnswer{1, dialog->findChild<AppDropView*>()->path()};
+        const QStringList files = static_cast<QFileDialog*>(dialog)->selectedFiles();
+        return SheetAnswer{result == QDialog::Accepted ? 1 : 0, files.value(0)};
+    };
+    const SheetAnswer answer = sheets.run(std::move(request));
+    if (answer.code != 1 || answer.text.isEmpty())
+        return std::nullopt;
+    return answer.text;
+}
+
+std::optional<QString> FileChooser::choosePresetFile(Sheets& sheets, QWidget* window,
+                                                     const QString& suggestedName) {
+    const bool saving = !suggestedName.isEmpty();
+    SheetRequest request;
+    request.title = saving ? QFileDialog::tr("Export Preset") : QFileDialog::tr("Import Preset");
+    request.message = suggestedName;
+    request.window = window;
+    request.makeDialog = [title = request.title, saving, suggestedName](QWidget* window) {
+        auto* dialog = new QFileDialog(window, title, QDir::homePath());
+        dialog->setObjectName(QStringLiteral("presetFileChooser"));
+        dialog->setNameFilters({QFileDialog::tr("Presets (*.json)"), QFileDialog::tr("All files (*)")});
+        if (saving) {
+            dialog->setAcceptMode(QFileDialog::AcceptSave);
+            dialog->setDefaultSuffix(QStringLiteral("json"));
+            dialog->selectFile(suggestedName);
+        } else {
+            dialog->setFileMode(QFileDialog::ExistingFile);
+        }
+        return dialog;
+    };
+    request.readAnswer = [](QDialog* dialog, int result) {
         const QStringList files = static_cast<QFileDialog*>(dialog)->selectedFiles();
         return SheetAnswer{result == QDialog::Accepted ? 1 : 0, files.value(0)};
     };

@@ -27,6 +27,9 @@ std::optional<QString> chooseFolder(Sheets& sheets, const QString& title, const 
 // One desktop application (.desktop file), chosen or dropped on the
 // chooser's drop area (which ends it with code 10); none when cancelled.
 std::optional<QString> chooseApplication(Sheets& sheets, const QString& startFolder);
+// A preset file to import (or, with a suggested name, to export to), chosen
+// on top of `window`; none when cancelled.
+std::optional<QString> choosePresetFile(Sheets& sheets, QWidget* window, const QString& suggestedName = {});
 
 } // namespace FileChooser
 
