@@ -11,6 +11,9 @@
 #   main-window-dark.png  the main window in a dark palette
 #   preview-pane.png    the main window with the preview of the samples
 #   format-menu.png     the main window with the output format menu open
+#   preferences.png     the preferences sheet
+#   about-box.png       the about box
+#   scaling-folded.png  the main window with the sizing options folded away
 set -euo pipefail
 [ -n "${QUILLET_TRACE:-}" ] && set -x
 cd "$(dirname "$0")/.."
@@ -122,6 +125,9 @@ still Watermarks "$shots/watermarks.png" \
 still 'Output File Names' "$shots/rename-panel.png" "SelectedRename=3\nRenamePrefix=trip-" --show rename
 still Quillet "$shots/main-window-dark.png" "ScaleType=4\n$sizes\nFileFormat=102" --dark
 still Quillet "$shots/format-menu.png" "ScaleType=4\n$sizes" --show formats
+still Preferences "$shots/preferences.png" "SingleFile=1\nHideOnDeactivate=true" --show preferences
+still 'About Quillet' "$shots/about-box.png" "" --show about
+still Quillet "$shots/scaling-folded.png" "ScaleType=4\n$sizes\nScaleOptionsExpanded=false"
 mkdir -p "$work/preview"
 cp samples/*.jpg samples/phone/*.jpg "$work/preview/"
 # The pictures are opened, so a batch runs first; the preview follows the drop.
