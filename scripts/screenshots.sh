@@ -16,6 +16,9 @@
 #   preset-window.png   the main window with a preset chosen
 #   preset-menu.png     the preset menu open
 #   preset-manager.png  the preset manager
+#   preferences.png     the preferences sheet
+#   about-box.png       the about box
+#   scaling-folded.png  the main window with the sizing options folded away
 set -euo pipefail
 [ -n "${QUILLET_TRACE:-}" ] && set -x
 cd "$(dirname "$0")/.."
@@ -148,6 +151,9 @@ still Quillet "$shots/preset-window.png" "SelectedPreset=2"
 still Quillet "$shots/preset-menu.png" "SelectedPreset=2" --show presets
 still Presets "$shots/preset-manager.png" "SelectedPreset=2" --show preset-manager
 unset PRESETS
+still Preferences "$shots/preferences.png" "SingleFile=1\nHideOnDeactivate=true" --show preferences
+still 'About Quillet' "$shots/about-box.png" "" --show about
+still Quillet "$shots/scaling-folded.png" "ScaleType=4\n$sizes\nScaleOptionsExpanded=false"
 mkdir -p "$work/preview"
 cp samples/*.jpg samples/phone/*.jpg "$work/preview/"
 # The pictures are opened, so a batch runs first; the preview follows the drop.

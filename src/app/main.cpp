@@ -36,8 +36,8 @@ const char usage[] = "Usage: quillet-gui [--settings FILE] [--dark] [--show PANE
                      "                    variable QUILLET_SETTINGS does the same\n"
                      "  --dark            use a dark palette whatever the desktop's theme\n"
                      "  --show PANEL      open the 'watermarks' window, the 'rename' panel, the\n"
-                     "                    'formats' menu, the 'presets' menu or the 'preset-manager'\n"
-                     "                    at start\n"
+                     "                    'formats' menu, the 'presets' menu, the 'preset-manager',\n"
+                     "                    the 'preferences' or the 'about' box at start\n"
                      "  -h, --help        show this help\n"
                      "  --version         show the version\n";
 
@@ -98,11 +98,12 @@ int earlyExit(int argc, char* argv[]) {
             }
             const QStringList panels{QStringLiteral("watermarks"), QStringLiteral("rename"),
                                      QStringLiteral("formats"), QStringLiteral("presets"),
-                                     QStringLiteral("preset-manager")};
+                                     QStringLiteral("preset-manager"), QStringLiteral("preferences"),
+                                     QStringLiteral("about")};
             if (arg == QLatin1String("--show") && !panels.contains(value)) {
                 std::fprintf(stderr,
-                             "quillet-gui: --show takes 'watermarks', 'rename', 'formats', 'presets' or "
-                             "'preset-manager'\n\n%s",
+                             "quillet-gui: --show takes 'watermarks', 'rename', 'formats', 'presets', "
+                             "'preset-manager', 'preferences' or 'about'\n\n%s",
                              usage);
                 return 2;
             }
@@ -195,6 +196,10 @@ int main(int argc, char* argv[]) {
             QTimer::singleShot(0, &window, [&window] { window.presetBar()->showMenu(); });
         else if (panel == QLatin1String("preset-manager"))
             QTimer::singleShot(0, &window, [&window] { window.presetBar()->showManager(); });
+        else if (panel == QLatin1String("preferences"))
+            QTimer::singleShot(0, &window, [&window] { window.showPreferences(); });
+        else if (panel == QLatin1String("about"))
+            QTimer::singleShot(0, &window, [&window] { window.showAbout(); });
         // Everything named on the command line forms one batch.
         for (const QString& path : paths)
             controller.openFile(path);

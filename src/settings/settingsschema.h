@@ -53,6 +53,13 @@ inline constexpr char PresetsDictionaries[] = "PresetsDictionaries";
 inline constexpr char SelectedPreset[] = "SelectedPreset";
 // The update checker: the day the next automatic check is due.
 inline constexpr char NextCheckVersion[] = "NextCheckVersion";
+// Where the update checker asks ("host" or "host:port"); empty: never.
+inline constexpr char UpdateServer[] = "UpdateServer";
+// The maker's web pages and mail address, for the about box and the help menu.
+inline constexpr char HomePage[] = "HomePage";
+inline constexpr char ContactAddress[] = "ContactAddress";
+// Whether the sizing fields under the sizing mode are unfolded.
+inline constexpr char ScaleOptionsExpanded[] = "ScaleOptionsExpanded";
 } // namespace StoreKey
 
 // Every key of the settings store with its type, owner, default and allowed

@@ -228,6 +228,17 @@ QList<SettingKey> settingsTable() {
 
         // A day counted from 1 January of year 1.
         Row(S::NextCheckVersion, T::Int, G::Version).range(0, INT_MAX),
+        // No server unless one is set, so a machine without a network never
+        // waits for an answer.
+        Row(S::UpdateServer, T::String, G::Version).longest(255).registered(QString()),
+        // korvane.example stands for the maker's site until a deployment sets it.
+        Row(S::HomePage, T::String, G::Application)
+            .longest(2048)
+            .registered(QStringLiteral("https://korvane.example/")),
+        Row(S::ContactAddress, T::String, G::Application)
+            .longest(254)
+            .registered(QStringLiteral("quillet@korvane.example")),
+        Row(S::ScaleOptionsExpanded, T::Bool, G::Application).registered(true),
     };
 }
 

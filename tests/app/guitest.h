@@ -15,6 +15,7 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QUrl>
 
 #include <gtest/gtest.h>
 
@@ -26,7 +27,9 @@ namespace quillet::guitest {
 // Records what the application asks of the desktop instead of doing it.
 struct RecordingDesktop final : DesktopServices {
     QStringList revealed, opened, copied;
+    QList<QUrl> urls;
     void revealFolder(const QString& folder) override { revealed.append(folder); }
+    void openUrl(const QUrl& url) override { urls.append(url); }
     void openFile(const QString& path) override { opened.append(path); }
     void copyToClipboard(const QString& path) override { copied.append(path); }
 };

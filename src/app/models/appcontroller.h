@@ -60,6 +60,8 @@ class AppController : public QObject {
     void chooseCreator();
     // Shows the "Auto-Rotate Hint" sheet unless it was turned off.
     void showAutoRotateHint();
+    // What the window asks of the desktop (web pages, the file manager).
+    DesktopServices& desktop() const { return m_desktop; }
     // The user's desktop folder, the "Desktop" of the settings.
     static QString desktopFolder();
 

@@ -51,6 +51,10 @@ class StandardDesktopServices final : public DesktopServices {
 
 } // namespace
 
+void DesktopServices::openUrl(const QUrl& url) {
+    QDesktopServices::openUrl(url);
+}
+
 DesktopServices& DesktopServices::standard() {
     static StandardDesktopServices services;
     return services;

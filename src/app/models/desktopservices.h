@@ -3,6 +3,7 @@
 #include <QString>
 
 class QMimeData;
+class QUrl;
 
 namespace quillet {
 
@@ -17,6 +18,8 @@ class DesktopServices {
     virtual void openFile(const QString& path) = 0;
     // Puts the picture at `path` on the clipboard (clipboardData).
     virtual void copyToClipboard(const QString& path) = 0;
+    // Opens a web page, a mail or a help page in the desktop's program for it.
+    virtual void openUrl(const QUrl& url);
 
     // The file manager's ShowItems on the session bus, falling back to
     // opening the folder; the default handler; the system clipboard.

@@ -2,6 +2,7 @@
 
 #include "engine/watermark/textwatermarkstyle.h"
 #include "engine/watermark/watermarkoverlay.h"
+#include "support/systemutility.h"
 
 #include <algorithm>
 #include <cmath>
@@ -83,7 +84,8 @@ TextBarLayout drawStrings(const QStringList& texts, Picture& image, int sizeInde
         const int width = image.image.width();
         const int wanted = startFontSize(image.image.height(), sizeIndex);
         const int startSize = std::min(wanted, kLargestFontSize);
-        const StyledTexts styled = fitStrings(texts, startSize, width, textWatermarkStyle(style));
+        const StyledTexts styled =
+            fitStrings(texts, startSize, width, textWatermarkStyle(style, SystemUtility::drawsTextShadows()));
         const qsizetype count = texts.size();
         const double spacing =
             count > 1 ? double(width - styled.totalWidth - 2 * kMargin) / double(count - 1) : 0;

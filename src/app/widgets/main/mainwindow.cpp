@@ -2,10 +2,16 @@
 
 #include "app/models/appcontroller.h"
 #include "app/models/appmodels.h"
+#include "app/models/desktopservices.h"
+#include "app/models/helpbook.h"
+#include "app/models/updatecontroller.h"
 #include "app/models/windowtitle.h"
+#include "app/widgets/about/aboutbox.h"
 #include "app/widgets/log/activitylogwindow.h"
+#include "app/widgets/main/brushedmetal.h"
 #include "app/widgets/main/droparea.h"
 #include "app/widgets/presets/presetbar.h"
+#include "app/widgets/prefs/preferencessheet.h"
 #include "app/widgets/preview/previewpane.h"
 #include "app/widgets/settings/settingspanel.h"
 #include "app/widgets/sheets/filechooser.h"
@@ -13,6 +19,7 @@
 #include "app/widgets/sheets/sheets.h"
 #include "app/widgets/views/commandcombobox.h"
 #include "app/widgets/views/wheelguard.h"
+#include "settings/settingsschema.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -23,6 +30,7 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QTimer>
+#include <QUrl>
 
 namespace quillet {
 
@@ -46,7 +54,8 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
       m_presets(new PresetBar(models.presets(), controller, sheets, this)),
       m_settings(new SettingsPanel(controller, models, sheets, this)),
       m_preview(new PreviewPane(models.preview(), this)), m_progress(new ProgressSheet(controller, this)),
-      m_log(new ActivityLogWindow(models.log(), models.defaults(), this)) {
+      m_log(new ActivityLogWindow(models.log(), models.defaults(), this)),
+      m_updates(new UpdateController(models.defaults(), sheets, controller.desktop(), this)) {
     setObjectName(QStringLiteral("mainWindow"));
     setTitle(tr("Quillet"));
     sheets.setWindow(this);
@@ -110,6 +119,11 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
     });
     connect(&controller, &AppController::readyToQuit, this, &QWidget::close);
     applyPreferences();
+    // Read only here: a change takes effect at the next start.
+    if (models.defaults().boolValue(QLatin1String(StoreKey::BrushMetal)))
+        applyBrushedMetal(this);
+    // Once the window is up; the answer comes while it is in use.
+    QTimer::singleShot(0, m_updates, &UpdateController::checkAtStart);
     // Reopened once this window is up, so that it comes up above it.
     if (models.defaults().boolValue(QStringLiteral("ActivityLogVisible")))
         QTimer::singleShot(0, m_log, [this] { m_log->setOpen(true); });
@@ -167,6 +181,54 @@ void MainWindow::buildMenus() {
     m_logAction->setShortcut(QKeySequence(tr("Ctrl+L")));
     connect(m_logAction, &QAction::triggered, m_log, &ActivityLogWindow::setOpen);
     connect(m_log, &ActivityLogWindow::openChanged, m_logAction, &QAction::setChecked);
+    buildHelpMenu(settings);
+}
+
+void MainWindow::buildHelpMenu(QMenu* settings) {
+    settings->addSeparator();
+    QAction* preferences = settings->addAction(tr("&Preferences..."), this, &MainWindow::showPreferences);
+    preferences->setObjectName(QStringLiteral("actionPreferences"));
+    preferences->setShortcut(QKeySequence(tr("Ctrl+,")));
+    preferences->setMenuRole(QAction::PreferencesRole);
+
+    QMenu* help = menuBar()->addMenu(tr("&Help"));
+    const QList<HelpBook::Topic> topics = HelpBook::topics();
+    QAction* book =
+        help->addAction(topics.first().title, this, [this, page = topics.first().page] { showHelp(page); });
+    book->setObjectName(QStringLiteral("actionHelp"));
+    book->setShortcut(QKeySequence::HelpContents);
+    QMenu* topicMenu = help->addMenu(tr("Help &Topics"));
+    for (const HelpBook::Topic& topic : topics.mid(1))
+        topicMenu->addAction(topic.title, this, [this, page = topic.page] { showHelp(page); });
+    help->addSeparator();
+    QAction* updates = help->addAction(tr("Check for &Updates..."), m_updates, &UpdateController::checkNow);
+    updates->setObjectName(QStringLiteral("actionCheckForUpdates"));
+    QAction* about = help->addAction(tr("&About Quillet"), this, &MainWindow::showAbout);
+    about->setObjectName(QStringLiteral("actionAbout"));
+    about->setMenuRole(QAction::AboutRole);
+    m_idleActions.append(preferences);
+}
+
+void MainWindow::showPreferences() {
+    if (PreferencesSheet::edit(m_sheets, m_models.defaults()))
+        applyPreferences();
+}
+
+void MainWindow::showAbout() {
+    if (!m_about)
+        m_about = new AboutBox(m_models.defaults(), m_controller.desktop(), this);
+    m_about->showCentred();
+}
+
+void MainWindow::showHelp(const QString& page) {
+    const QUrl url = HelpBook::url(page);
+    if (url.isEmpty()) {
+        m_sheets.runMessageSheet(tr("Help Not Found"),
+                                 tr("The help pages are not installed. They belong in %1.")
+                                     .arg(QStringLiteral("share/quillet/help")));
+        return;
+    }
+    m_controller.desktop().openUrl(url);
 }
 
 void MainWindow::showPreview(bool shown) {

@@ -1,15 +1,18 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QPointer>
 
 #include <optional>
 
 class QAction;
 class QGridLayout;
 class QLabel;
+class QMenu;
 
 namespace quillet {
 
+class AboutBox;
 class ActivityLogWindow;
 class AppController;
 class AppModels;
@@ -20,6 +23,7 @@ class PresetBar;
 class PreviewPane;
 class ProgressSheet;
 class SettingsPanel;
+class UpdateController;
 
 // The main window: the drop area, the destination menu, the settings
 // controls with the file options, the status line with the last picture's thumbnail, the progress
@@ -41,6 +45,13 @@ class MainWindow : public QMainWindow {
     void setTitleSuffix(const std::optional<QString>& suffix);
     // Applies "HideToolTips" and "HideOnDeactivate".
     void applyPreferences();
+    // Settings > Preferences...: OK applies the new preferences at once.
+    void showPreferences();
+    // Help > About Quillet: one box, brought to the front when open.
+    void showAbout();
+    // Opens a help page in the browser, or says the pages are missing.
+    void showHelp(const QString& page);
+    UpdateController* updates() const { return m_updates; }
 
   protected:
     void closeEvent(QCloseEvent* event) override;
@@ -48,6 +59,7 @@ class MainWindow : public QMainWindow {
 
   private:
     void buildMenus();
+    void buildHelpMenu(QMenu* settings);
     void showPreview(bool shown);
     QWidget* buildStatusRow();
     void rebuildDestinationMenu();
@@ -71,6 +83,8 @@ class MainWindow : public QMainWindow {
     QGridLayout* m_grid = nullptr;
     ProgressSheet* m_progress;
     ActivityLogWindow* m_log;
+    UpdateController* m_updates;
+    QPointer<AboutBox> m_about;
     QAction* m_openAction = nullptr;
     QAction* m_openFolderAction = nullptr;
     QAction* m_logAction = nullptr;

@@ -2,6 +2,7 @@
 
 #include "app/models/settingsmodel.h"
 #include "app/widgets/views/colorwell.h"
+#include "app/widgets/views/disclosurecontroller.h"
 #include "app/widgets/views/kvstepper.h"
 #include "app/widgets/views/schemamenu.h"
 #include "engine/pipeline/modernencoder.h"
@@ -18,6 +19,7 @@
 #include <QSignalBlocker>
 #include <QStackedWidget>
 #include <QStandardItemModel>
+#include <QToolButton>
 #include <QVBoxLayout>
 
 namespace quillet {
@@ -146,13 +148,29 @@ void SettingsControls::build(Sheets& sheets, const QStringList& resolutionSet) {
     m_sizePages->addWidget(sizesPage);
     m_sizePages->addWidget(percentPage);
 
+    // The sizing fields fold away under the sizing mode.
     auto* geometry = new QGroupBox(tr("Rotation and size"));
-    auto* geometryForm = new QFormLayout(geometry);
-    geometryForm->addRow(tr("Rotate:"), m_rotation);
-    geometryForm->addRow(tr("Size:"), m_scaleType);
-    geometryForm->addRow(m_sizePages);
-    geometryForm->addRow(QString(), m_downOnly);
-    geometryForm->addRow(tr("Interpolation:"), m_interpolation);
+    auto* scalingTop = new QWidget;
+    auto* topForm = new QFormLayout(scalingTop);
+    topForm->setContentsMargins(0, 0, 0, 0);
+    auto* disclose = new QToolButton;
+    disclose->setObjectName(QStringLiteral("scalingDisclosure"));
+    topForm->addRow(tr("Rotate:"), m_rotation);
+    auto* sizeRow = new QHBoxLayout;
+    sizeRow->addWidget(m_scaleType, 1);
+    sizeRow->addWidget(disclose);
+    topForm->addRow(tr("Size:"), sizeRow);
+    auto* scalingBottom = new QWidget;
+    scalingBottom->setObjectName(QStringLiteral("scalingOptions"));
+    auto* bottomForm = new QFormLayout(scalingBottom);
+    bottomForm->setContentsMargins(0, 0, 0, 0);
+    bottomForm->addRow(m_sizePages);
+    bottomForm->addRow(QString(), m_downOnly);
+    bottomForm->addRow(tr("Interpolation:"), m_interpolation);
+    auto* geometryLayout = new QVBoxLayout(geometry);
+    geometryLayout->addWidget(scalingTop);
+    geometryLayout->addWidget(scalingBottom);
+    m_scalingDisclosure = new DisclosureController(disclose, scalingBottom, this);
 
     m_format = schemaMenu(K::FileFormat, QStringLiteral("fileFormat"));
     disableUnwritableFormats(m_format);

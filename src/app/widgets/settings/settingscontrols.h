@@ -9,6 +9,7 @@ class QStackedWidget;
 namespace quillet {
 
 class ColorWell;
+class DisclosureController;
 class KVStepper;
 class SettingsModel;
 class Sheets;
@@ -29,6 +30,8 @@ class SettingsControls : public QWidget {
     void setToolTipsHidden(bool hidden);
     // Opens the output format menu, as a click on it does.
     void showFormatMenu();
+    // Folds the sizing fields away under the sizing mode, and back.
+    DisclosureController* scalingDisclosure() const { return m_scalingDisclosure; }
 
   Q_SIGNALS:
     // The user chose automatic rotation from the menu (the hint may follow).
@@ -50,6 +53,7 @@ class SettingsControls : public QWidget {
     KVStepper* m_percent = nullptr;
     QCheckBox* m_downOnly = nullptr;
     QComboBox* m_interpolation = nullptr;
+    DisclosureController* m_scalingDisclosure = nullptr;
     QComboBox* m_format = nullptr;
     QStackedWidget* m_formatPages = nullptr;
     KVStepper* m_quality = nullptr;

@@ -8,6 +8,7 @@
 #include "app/widgets/settings/settingscontrols.h"
 #include "app/widgets/settings/watermarkwindow.h"
 #include "app/widgets/sheets/sheets.h"
+#include "app/widgets/views/disclosurecontroller.h"
 #include "app/widgets/views/wheelguard.h"
 #include "settings/settingsschema.h"
 
@@ -48,6 +49,10 @@ SettingsPanel::SettingsPanel(AppController& controller, AppModels& models, Sheet
     // once clicked or tabbed into.
     (new WheelGuard(this, this))->guardControlsIn(content);
 
+    const QString expandedKey = QLatin1String(StoreKey::ScaleOptionsExpanded);
+    m_controls->scalingDisclosure()->setExpanded(models.defaults().boolValue(expandedKey));
+    connect(m_controls->scalingDisclosure(), &DisclosureController::toggled, this,
+            [this, expandedKey](bool expanded) { m_models.defaults().setBool(expandedKey, expanded); });
     connect(m_controls, &SettingsControls::automaticRotationChosen, &controller,
             &AppController::showAutoRotateHint);
     connect(&models.renaming(), &RenamingModel::summaryChanged, m_renameSummary, &QLabel::setText);
