@@ -3,6 +3,7 @@
 #include "app/models/appcontroller.h"
 #include "app/models/appmodels.h"
 #include "app/models/windowtitle.h"
+#include "app/widgets/inspector/inspectorwindow.h"
 #include "app/widgets/log/activitylogwindow.h"
 #include "app/widgets/main/droparea.h"
 #include "app/widgets/preview/previewpane.h"
@@ -44,7 +45,8 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
       m_dropArea(new DropArea(this)), m_destinations(new CommandComboBox(this)),
       m_settings(new SettingsPanel(controller, models, sheets, this)),
       m_preview(new PreviewPane(models.preview(), this)), m_progress(new ProgressSheet(controller, this)),
-      m_log(new ActivityLogWindow(models.log(), models.defaults(), this)) {
+      m_log(new ActivityLogWindow(models.log(), models.defaults(), this)),
+      m_inspector(new InspectorWindow(models.inspector(), models.defaults(), this)) {
     setObjectName(QStringLiteral("mainWindow"));
     setTitle(tr("Quillet"));
     sheets.setWindow(this);
@@ -106,10 +108,14 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
             m_settings->refresh();
     });
     connect(&controller, &AppController::readyToQuit, this, &QWidget::close);
+    connect(m_inspector, &InspectorWindow::processRequested, &controller, &AppController::processFiles);
+    connect(m_inspector, &InspectorWindow::pictureSelected, &models.preview(), &PreviewModel::showPicture);
     applyPreferences();
     // Reopened once this window is up, so that it comes up above it.
     if (models.defaults().boolValue(QStringLiteral("ActivityLogVisible")))
         QTimer::singleShot(0, m_log, [this] { m_log->setOpen(true); });
+    if (models.defaults().boolValue(QStringLiteral("InspectorVisible")))
+        QTimer::singleShot(0, m_inspector, [this] { m_inspector->setOpen(true); });
 }
 
 MainWindow::~MainWindow() {
@@ -163,6 +169,12 @@ void MainWindow::buildMenus() {
     m_logAction->setShortcut(QKeySequence(tr("Ctrl+L")));
     connect(m_logAction, &QAction::triggered, m_log, &ActivityLogWindow::setOpen);
     connect(m_log, &ActivityLogWindow::openChanged, m_logAction, &QAction::setChecked);
+    m_inspectorAction = window->addAction(tr("&Inspector"));
+    m_inspectorAction->setObjectName(QStringLiteral("actionInspector"));
+    m_inspectorAction->setCheckable(true);
+    m_inspectorAction->setShortcut(QKeySequence(tr("Ctrl+I")));
+    connect(m_inspectorAction, &QAction::triggered, m_inspector, &InspectorWindow::setOpen);
+    connect(m_inspector, &InspectorWindow::openChanged, m_inspectorAction, &QAction::setChecked);
 }
 
 void MainWindow::showPreview(bool shown) {

@@ -16,13 +16,14 @@ class AppModels;
 class Sheets;
 class CommandComboBox;
 class DropArea;
+class InspectorWindow;
 class PreviewPane;
 class ProgressSheet;
 class SettingsPanel;
 
 // The main window: the drop area, the destination menu, the settings
 // controls with the file options, the status line with the last picture's thumbnail, the progress
-// sheet and the activity log window. Closing it quits, after the running
+// sheet, the activity log window and the inspector. Closing it quits, after the running
 // batch has been cancelled and its file in hand finished.
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -31,6 +32,7 @@ class MainWindow : public QMainWindow {
     ~MainWindow() override;
 
     ActivityLogWindow* activityLog() const { return m_log; }
+    InspectorWindow* inspector() const { return m_inspector; }
     ProgressSheet* progressSheet() const { return m_progress; }
     SettingsPanel* settingsPanel() const { return m_settings; }
     PreviewPane* previewPane() const { return m_preview; }
@@ -68,9 +70,11 @@ class MainWindow : public QMainWindow {
     QGridLayout* m_grid = nullptr;
     ProgressSheet* m_progress;
     ActivityLogWindow* m_log;
+    InspectorWindow* m_inspector;
     QAction* m_openAction = nullptr;
     QAction* m_openFolderAction = nullptr;
     QAction* m_logAction = nullptr;
+    QAction* m_inspectorAction = nullptr;
     QAction* m_previewAction = nullptr;
     QList<QAction*> m_idleActions;
     std::optional<QString> m_title;
