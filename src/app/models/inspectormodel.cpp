@@ -30,8 +30,13 @@ int outputColumn() {
 
 InspectorModel::InspectorModel(RenamingModel& renaming, QObject* parent)
     : QAbstractTableModel(parent), m_renaming(renaming) {
+    // When the window falls behind, what has come in meanwhile goes in as
+    // one: the same rows in the same places, for one update of the view.
     m_loader = std::make_unique<InspectorLoader>([this](InspectorLoader::Delivery delivery) {
-        m_calls.post([this, delivery = std::move(delivery)]() mutable { receive(std::move(delivery)); });
+        const std::lock_guard lock(m_inboxMutex);
+        m_inbox.append(std::move(delivery));
+        if (m_inbox.size() == 1)
+            m_calls.post([this] { takeDeliveries(); });
     });
     connect(&renaming, &RenamingModel::summaryChanged, this, &InspectorModel::outputNamesChanged);
     connect(&m_thumbnails, &InspectorThumbnails::thumbnailsArrived, this, &InspectorModel::thumbnailsArrived);
@@ -105,6 +110,23 @@ void InspectorModel::addFiles(const QStringList& paths, int row) {
     m_loader->add(m_lastJob, paths);
     if (!wasAdding)
         Q_EMIT addingChanged(true);
+}
+
+void InspectorModel::takeDeliveries() {
+    QList<InspectorLoader::Delivery> inbox;
+    {
+        const std::lock_guard lock(m_inboxMutex);
+        inbox.swap(m_inbox);
+    }
+    // A job's groups all go in at its row: joined, they land as they would one by one.
+    for (qsizetype i = 0; i < inbox.size();) {
+        InspectorLoader::Delivery joined = std::move(inbox[i]);
+        for (++i; i < inbox.size() && inbox[i].job == joined.job && !joined.last; ++i) {
+            joined.records.append(std::move(inbox[i].records));
+            joined.last = inbox[i].last;
+        }
+        receive(std::move(joined));
+    }
 }
 
 void InspectorModel::receive(InspectorLoader::Delivery delivery) {

@@ -9,6 +9,7 @@
 
 #include <deque>
 #include <memory>
+#include <mutex>
 
 namespace quillet {
 
@@ -85,6 +86,7 @@ class InspectorModel : public QAbstractTableModel {
         quint64 id;
         int row; // -1 appends
     };
+    void takeDeliveries();
     void receive(InspectorLoader::Delivery delivery);
     void outputNamesChanged();
     void thumbnailsArrived();
@@ -95,6 +97,9 @@ class InspectorModel : public QAbstractTableModel {
     quint64 m_lastJob = 0;
     mutable InspectorThumbnails m_thumbnails; // asked from data()
     QueuedCalls m_calls{this};
+    // Deliveries waiting for the main thread, taken all at once there.
+    std::mutex m_inboxMutex;
+    QList<InspectorLoader::Delivery> m_inbox;
     std::unique_ptr<InspectorLoader> m_loader;
 };
 

@@ -88,7 +88,7 @@ InspectorWindow::InspectorWindow(InspectorModel& model, UserDefaults& defaults, 
     });
 
     m_restoring = true;
-    resize(900, 480);
+    resize(1100, 520);
     const QByteArray frame = m_defaults.value(QLatin1String(FrameKey)).toByteArray();
     if (!frame.isEmpty())
         restoreGeometry(frame);
