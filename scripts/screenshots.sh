@@ -19,6 +19,8 @@
 #   preferences.png     the preferences sheet
 #   about-box.png       the about box
 #   scaling-folded.png  the main window with the sizing options folded away
+#   inspector.png       the inspector listing the sample photos (../shared/samples/photos,
+#                       else samples/)
 set -euo pipefail
 [ -n "${QUILLET_TRACE:-}" ] && set -x
 cd "$(dirname "$0")/.."
@@ -160,3 +162,10 @@ cp samples/*.jpg samples/phone/*.jpg "$work/preview/"
 SETTLE=5 still Quillet "$shots/preview-pane.png" \
     "PreviewVisible=true\nRotation=4\nScaleType=4\nWidth=800\nHeight=800\nJpegQuality=90\nHasFizeLimit=true\nSizeLimit=40\nWatermarkEnabled=true\nDynWatermarkEnabled=true\nDynWatermarkFields=0, 3\nSelectedRename=3\nRenamePrefix=web-" \
     "$work/preview"
+photos=../shared/samples/photos
+[ -d "$photos" ] || photos=samples
+mkdir -p "$work/inspector"
+find "$photos" -maxdepth 2 -type f \( -iname '*.jpg' -o -iname '*.jpeg' -o -iname '*.heic' -o -iname '*.png' \) \
+    -exec cp {} "$work/inspector/" \;
+SETTLE=4 still Inspector "$shots/inspector.png" "SelectedRename=3\nRenamePrefix=trip-" \
+    --show inspector "$work/inspector"/*

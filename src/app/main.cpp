@@ -3,6 +3,7 @@
 #include "app/models/batchnotifier.h"
 #include "app/models/desktopservices.h"
 #include "app/models/singleinstance.h"
+#include "app/widgets/inspector/inspectorwindow.h"
 #include "app/widgets/main/mainwindow.h"
 #include "app/widgets/presets/presetbar.h"
 #include "app/widgets/settings/settingscontrols.h"
@@ -37,7 +38,9 @@ const char usage[] = "Usage: quillet-gui [--settings FILE] [--dark] [--show PANE
                      "  --dark            use a dark palette whatever the desktop's theme\n"
                      "  --show PANEL      open the 'watermarks' window, the 'rename' panel, the\n"
                      "                    'formats' menu, the 'presets' menu, the 'preset-manager',\n"
-                     "                    the 'preferences' or the 'about' box at start\n"
+                     "                    the 'preferences', the 'about' box or the 'inspector' at\n"
+                     "                    start; with 'inspector' the PATHs are listed there, not\n"
+                     "                    processed\n"
                      "  -h, --help        show this help\n"
                      "  --version         show the version\n";
 
@@ -99,11 +102,11 @@ int earlyExit(int argc, char* argv[]) {
             const QStringList panels{QStringLiteral("watermarks"), QStringLiteral("rename"),
                                      QStringLiteral("formats"), QStringLiteral("presets"),
                                      QStringLiteral("preset-manager"), QStringLiteral("preferences"),
-                                     QStringLiteral("about")};
+                                     QStringLiteral("about"), QStringLiteral("inspector")};
             if (arg == QLatin1String("--show") && !panels.contains(value)) {
                 std::fprintf(stderr,
                              "quillet-gui: --show takes 'watermarks', 'rename', 'formats', 'presets', "
-                             "'preset-manager', 'preferences' or 'about'\n\n%s",
+                             "'preset-manager', 'preferences', 'about' or 'inspector'\n\n%s",
                              usage);
                 return 2;
             }
@@ -200,6 +203,11 @@ int main(int argc, char* argv[]) {
             QTimer::singleShot(0, &window, [&window] { window.showPreferences(); });
         else if (panel == QLatin1String("about"))
             QTimer::singleShot(0, &window, [&window] { window.showAbout(); });
+        if (panel == QLatin1String("inspector")) {
+            QTimer::singleShot(0, &window, [&window] { window.inspector()->setOpen(true); });
+            models.inspector().addFiles(paths);
+            paths.clear();
+        }
         // Everything named on the command line forms one batch.
         for (const QString& path : paths)
             controller.openFile(path);

@@ -4,6 +4,7 @@
 #include "app/models/creatormenu.h"
 #include "app/models/destinationlist.h"
 #include "app/models/presetmenumodel.h"
+#include "app/models/inspectormodel.h"
 #include "app/models/previewmodel.h"
 #include "app/models/renamingmodel.h"
 #include "app/models/settingsmodel.h"
@@ -37,6 +38,8 @@ class AppModels {
     // The presets, shared with `quillet presets`; the one chosen last is
     // applied again at start.
     PresetMenuModel& presets() { return m_presets; }
+    // The inspector's list of pictures.
+    InspectorModel& inspector() { return m_inspector; }
 
   private:
     void storeSettings();
@@ -50,6 +53,7 @@ class AppModels {
     CreatorMenu m_creators;
     PreviewModel m_preview;
     PresetMenuModel m_presets;
+    InspectorModel m_inspector;
 };
 
 } // namespace quillet

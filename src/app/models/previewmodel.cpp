@@ -72,6 +72,19 @@ void PreviewModel::next() {
     schedule();
 }
 
+void PreviewModel::showPicture(const QString& path) {
+    const qsizetype at = m_queue.indexOf(path);
+    if (at < 0) {
+        setQueue({path});
+        return;
+    }
+    if (at == m_index)
+        return;
+    m_index = int(at);
+    Q_EMIT queueChanged();
+    schedule();
+}
+
 void PreviewModel::setActive(bool active) {
     if (m_active == active)
         return;

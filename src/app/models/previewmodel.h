@@ -34,6 +34,9 @@ class PreviewModel : public QObject {
     bool canGoNext() const { return m_index + 1 < m_queue.size(); }
     void previous();
     void next();
+    // Shows a given picture: its place in the queue when it has one, else as
+    // a queue of its own.
+    void showPicture(const QString& path);
 
     void setActive(bool active);
     bool isActive() const { return m_active; }

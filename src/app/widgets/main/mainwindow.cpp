@@ -7,6 +7,7 @@
 #include "app/models/updatecontroller.h"
 #include "app/models/windowtitle.h"
 #include "app/widgets/about/aboutbox.h"
+#include "app/widgets/inspector/inspectorwindow.h"
 #include "app/widgets/log/activitylogwindow.h"
 #include "app/widgets/main/brushedmetal.h"
 #include "app/widgets/main/droparea.h"
@@ -55,7 +56,8 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
       m_settings(new SettingsPanel(controller, models, sheets, this)),
       m_preview(new PreviewPane(models.preview(), this)), m_progress(new ProgressSheet(controller, this)),
       m_log(new ActivityLogWindow(models.log(), models.defaults(), this)),
-      m_updates(new UpdateController(models.defaults(), sheets, controller.desktop(), this)) {
+      m_updates(new UpdateController(models.defaults(), sheets, controller.desktop(), this)),
+      m_inspector(new InspectorWindow(models.inspector(), models.defaults(), this)) {
     setObjectName(QStringLiteral("mainWindow"));
     setTitle(tr("Quillet"));
     sheets.setWindow(this);
@@ -118,6 +120,8 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
             m_settings->refresh();
     });
     connect(&controller, &AppController::readyToQuit, this, &QWidget::close);
+    connect(m_inspector, &InspectorWindow::processRequested, &controller, &AppController::processFiles);
+    connect(m_inspector, &InspectorWindow::pictureSelected, &models.preview(), &PreviewModel::showPicture);
     applyPreferences();
     // Read only here: a change takes effect at the next start.
     if (models.defaults().boolValue(QLatin1String(StoreKey::BrushMetal)))
@@ -127,6 +131,8 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
     // Reopened once this window is up, so that it comes up above it.
     if (models.defaults().boolValue(QStringLiteral("ActivityLogVisible")))
         QTimer::singleShot(0, m_log, [this] { m_log->setOpen(true); });
+    if (models.defaults().boolValue(QStringLiteral("InspectorVisible")))
+        QTimer::singleShot(0, m_inspector, [this] { m_inspector->setOpen(true); });
 }
 
 MainWindow::~MainWindow() {
@@ -181,6 +187,12 @@ void MainWindow::buildMenus() {
     m_logAction->setShortcut(QKeySequence(tr("Ctrl+L")));
     connect(m_logAction, &QAction::triggered, m_log, &ActivityLogWindow::setOpen);
     connect(m_log, &ActivityLogWindow::openChanged, m_logAction, &QAction::setChecked);
+    m_inspectorAction = window->addAction(tr("&Inspector"));
+    m_inspectorAction->setObjectName(QStringLiteral("actionInspector"));
+    m_inspectorAction->setCheckable(true);
+    m_inspectorAction->setShortcut(QKeySequence(tr("Ctrl+I")));
+    connect(m_inspectorAction, &QAction::triggered, m_inspector, &InspectorWindow::setOpen);
+    connect(m_inspector, &InspectorWindow::openChanged, m_inspectorAction, &QAction::setChecked);
     buildHelpMenu(settings);
 }
 

@@ -20,6 +20,7 @@ class Sheets;
 class CommandComboBox;
 class DropArea;
 class PresetBar;
+class InspectorWindow;
 class PreviewPane;
 class ProgressSheet;
 class SettingsPanel;
@@ -27,7 +28,7 @@ class UpdateController;
 
 // The main window: the drop area, the destination menu, the settings
 // controls with the file options, the status line with the last picture's thumbnail, the progress
-// sheet and the activity log window. Closing it quits, after the running
+// sheet, the activity log window and the inspector. Closing it quits, after the running
 // batch has been cancelled and its file in hand finished.
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -36,6 +37,7 @@ class MainWindow : public QMainWindow {
     ~MainWindow() override;
 
     ActivityLogWindow* activityLog() const { return m_log; }
+    InspectorWindow* inspector() const { return m_inspector; }
     ProgressSheet* progressSheet() const { return m_progress; }
     SettingsPanel* settingsPanel() const { return m_settings; }
     PreviewPane* previewPane() const { return m_preview; }
@@ -85,9 +87,11 @@ class MainWindow : public QMainWindow {
     ActivityLogWindow* m_log;
     UpdateController* m_updates;
     QPointer<AboutBox> m_about;
+    InspectorWindow* m_inspector;
     QAction* m_openAction = nullptr;
     QAction* m_openFolderAction = nullptr;
     QAction* m_logAction = nullptr;
+    QAction* m_inspectorAction = nullptr;
     QAction* m_previewAction = nullptr;
     QList<QAction*> m_idleActions;
     std::optional<QString> m_title;

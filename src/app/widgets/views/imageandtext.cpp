@@ -1,5 +1,6 @@
 #include "app/widgets/views/imageandtext.h"
 
+#include <QApplication>
 #include <QPainter>
 
 namespace quillet {
@@ -41,11 +42,16 @@ void ImageAndTextDelegate::paint(QPainter* painter, const QStyleOptionViewItem& 
     QStyleOptionViewItem textOption = option;
     initStyleOption(&textOption, index);
     textOption.text = pair->text();
+    textOption.features |= QStyleOptionViewItem::HasDisplay;
     textOption.rect = textRect(option.rect, pair->image().size());
     // The picture's square takes the row's background too.
     if (option.state & QStyle::State_Selected)
         painter->fillRect(option.rect, option.palette.highlight());
-    QStyledItemDelegate::paint(painter, textOption, QModelIndex());
+    // Drawn by the style directly: the base class would read the text from
+    // the index again, which holds the pair, not the text.
+    const QWidget* widget = option.widget;
+    QStyle* style = widget ? widget->style() : QApplication::style();
+    style->drawControl(QStyle::CE_ItemViewItem, &textOption, painter, widget);
     painter->drawImage(imageRect(option.rect, pair->image().size()), pair->image());
 }
 
