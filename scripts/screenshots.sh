@@ -11,6 +11,7 @@
 #   main-window-dark.png  the main window in a dark palette
 #   preview-pane.png    the main window with the preview of the samples
 #   format-menu.png     the main window with the output format menu open
+#   inplace-<tab>.png   the in-place panel on its rotation, dates and icons tabs
 set -euo pipefail
 [ -n "${QUILLET_TRACE:-}" ] && set -x
 cd "$(dirname "$0")/.."
@@ -128,3 +129,7 @@ cp samples/*.jpg samples/phone/*.jpg "$work/preview/"
 SETTLE=5 still Quillet "$shots/preview-pane.png" \
     "PreviewVisible=true\nRotation=4\nScaleType=4\nWidth=800\nHeight=800\nJpegQuality=90\nHasFizeLimit=true\nSizeLimit=40\nWatermarkEnabled=true\nDynWatermarkEnabled=true\nDynWatermarkFields=0, 3\nSelectedRename=3\nRenamePrefix=web-" \
     "$work/preview"
+# The in-place panel on each of its tabs.
+still 'In-Place' "$shots/inplace-rotation.png" "KeepBackup=true" --show rotation
+still 'In-Place' "$shots/inplace-dates.png" "" --show dates
+still 'In-Place' "$shots/inplace-icons.png" "" --show icons

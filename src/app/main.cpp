@@ -3,6 +3,7 @@
 #include "app/models/batchnotifier.h"
 #include "app/models/desktopservices.h"
 #include "app/models/singleinstance.h"
+#include "app/widgets/inplace/inplacewindow.h"
 #include "app/widgets/main/mainwindow.h"
 #include "app/widgets/settings/settingscontrols.h"
 #include "app/widgets/settings/settingspanel.h"
@@ -34,8 +35,9 @@ const char usage[] = "Usage: quillet-gui [--settings FILE] [--dark] [--show PANE
                      "  --settings FILE   use FILE (INI) as the settings store; the environment\n"
                      "                    variable QUILLET_SETTINGS does the same\n"
                      "  --dark            use a dark palette whatever the desktop's theme\n"
-                     "  --show PANEL      open the 'watermarks' window, the 'rename' panel or the\n"
-                     "                    'formats' menu at start\n"
+                     "  --show PANEL      open the 'watermarks' window, the 'rename' panel, the\n"
+                     "                    'formats' menu, or the in-place panel on its 'rotation',\n"
+                     "                    'dates' or 'icons' tab at start\n"
                      "  -h, --help        show this help\n"
                      "  --version         show the version\n";
 
@@ -94,9 +96,13 @@ int earlyExit(int argc, char* argv[]) {
                 std::fprintf(stderr, "quillet-gui: --settings needs a file\n\n%s", usage);
                 return 2;
             }
-            if (arg == QLatin1String("--show") && value != QLatin1String("watermarks") &&
-                value != QLatin1String("rename") && value != QLatin1String("formats")) {
-                std::fprintf(stderr, "quillet-gui: --show takes 'watermarks', 'rename' or 'formats'\n\n%s",
+            static const QStringList panels{QStringLiteral("watermarks"), QStringLiteral("rename"),
+                                            QStringLiteral("formats"),    QStringLiteral("rotation"),
+                                            QStringLiteral("dates"),      QStringLiteral("icons")};
+            if (arg == QLatin1String("--show") && !panels.contains(value)) {
+                std::fprintf(stderr,
+                             "quillet-gui: --show takes 'watermarks', 'rename', 'formats', 'rotation', "
+                             "'dates' or 'icons'\n\n%s",
                              usage);
                 return 2;
             }
@@ -185,6 +191,11 @@ int main(int argc, char* argv[]) {
         else if (panel == QLatin1String("formats"))
             QTimer::singleShot(0, &window,
                                [&window] { window.settingsPanel()->controls()->showFormatMenu(); });
+        else if (const int tab =
+                     QStringList{QStringLiteral("rotation"), QStringLiteral("dates"), QStringLiteral("icons")}
+                         .indexOf(panel);
+                 tab >= 0)
+            QTimer::singleShot(0, &window, [&window, tab] { window.inplaceWindow()->showTab(tab); });
         // Everything named on the command line forms one batch.
         for (const QString& path : paths)
             controller.openFile(path);

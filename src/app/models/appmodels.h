@@ -3,6 +3,7 @@
 #include "app/models/activitylogmodel.h"
 #include "app/models/creatormenu.h"
 #include "app/models/destinationlist.h"
+#include "app/models/inplacemodel.h"
 #include "app/models/previewmodel.h"
 #include "app/models/renamingmodel.h"
 #include "app/models/settingsmodel.h"
@@ -33,6 +34,8 @@ class AppModels {
     CreatorMenu& creators() { return m_creators; }
     // The picture of the queue as the next batch would write it.
     PreviewModel& preview() { return m_preview; }
+    // The in-place panel: lossless rotation, file dates, icons.
+    InplaceModel& inplace() { return m_inplace; }
 
   private:
     void storeSettings();
@@ -45,6 +48,7 @@ class AppModels {
     DestinationList m_destinations;
     CreatorMenu m_creators;
     PreviewModel m_preview;
+    InplaceModel m_inplace;
 };
 
 } // namespace quillet

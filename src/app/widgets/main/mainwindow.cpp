@@ -3,6 +3,7 @@
 #include "app/models/appcontroller.h"
 #include "app/models/appmodels.h"
 #include "app/models/windowtitle.h"
+#include "app/widgets/inplace/inplacewindow.h"
 #include "app/widgets/log/activitylogwindow.h"
 #include "app/widgets/main/droparea.h"
 #include "app/widgets/preview/previewpane.h"
@@ -44,7 +45,8 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
       m_dropArea(new DropArea(this)), m_destinations(new CommandComboBox(this)),
       m_settings(new SettingsPanel(controller, models, sheets, this)),
       m_preview(new PreviewPane(models.preview(), this)), m_progress(new ProgressSheet(controller, this)),
-      m_log(new ActivityLogWindow(models.log(), models.defaults(), this)) {
+      m_log(new ActivityLogWindow(models.log(), models.defaults(), this)),
+      m_inplace(new InplaceWindow(models.inplace(), sheets, models.defaults(), this)) {
     setObjectName(QStringLiteral("mainWindow"));
     setTitle(tr("Quillet"));
     sheets.setWindow(this);
@@ -73,6 +75,7 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
     grid->setRowStretch(1, 1);
     setCentralWidget(central);
     buildMenus();
+    buildInplaceMenu();
     rebuildDestinationMenu();
 
     // The least width is what the drop hint and the settings column need,
@@ -110,6 +113,8 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
     // Reopened once this window is up, so that it comes up above it.
     if (models.defaults().boolValue(QStringLiteral("ActivityLogVisible")))
         QTimer::singleShot(0, m_log, [this] { m_log->setOpen(true); });
+    if (models.inplace().wasOpen())
+        QTimer::singleShot(0, m_inplace, [this] { m_inplace->showTab(InplaceWindow::RotationTab); });
 }
 
 MainWindow::~MainWindow() {
@@ -163,6 +168,24 @@ void MainWindow::buildMenus() {
     m_logAction->setShortcut(QKeySequence(tr("Ctrl+L")));
     connect(m_logAction, &QAction::triggered, m_log, &ActivityLogWindow::setOpen);
     connect(m_log, &ActivityLogWindow::openChanged, m_logAction, &QAction::setChecked);
+}
+
+void MainWindow::buildInplaceMenu() {
+    QMenu* tools = menuBar()->addMenu(tr("&Tools"));
+    const struct {
+        const char* title;
+        const char* name;
+        int tab;
+    } commands[] = {
+        {QT_TR_NOOP("Lossless &Rotation..."), "actionInplaceRotation", InplaceWindow::RotationTab},
+        {QT_TR_NOOP("Reset File &Dates..."), "actionInplaceDates", InplaceWindow::DatesTab},
+        {QT_TR_NOOP("Custom &Icons..."), "actionInplaceIcons", InplaceWindow::IconsTab}};
+    for (const auto& command : commands) {
+        QAction* action = tools->addAction(tr(command.title));
+        action->setObjectName(QLatin1String(command.name));
+        connect(action, &QAction::triggered, m_inplace,
+                [this, tab = command.tab] { m_inplace->showTab(tab); });
+    }
 }
 
 void MainWindow::showPreview(bool shown) {

@@ -16,6 +16,7 @@ class AppModels;
 class Sheets;
 class CommandComboBox;
 class DropArea;
+class InplaceWindow;
 class PreviewPane;
 class ProgressSheet;
 class SettingsPanel;
@@ -34,6 +35,7 @@ class MainWindow : public QMainWindow {
     ProgressSheet* progressSheet() const { return m_progress; }
     SettingsPanel* settingsPanel() const { return m_settings; }
     PreviewPane* previewPane() const { return m_preview; }
+    InplaceWindow* inplaceWindow() const { return m_inplace; }
 
     void setTitle(const std::optional<QString>& title);
     void setTitleSuffix(const std::optional<QString>& suffix);
@@ -46,6 +48,7 @@ class MainWindow : public QMainWindow {
 
   private:
     void buildMenus();
+    void buildInplaceMenu();
     void showPreview(bool shown);
     QWidget* buildStatusRow();
     void rebuildDestinationMenu();
@@ -68,6 +71,7 @@ class MainWindow : public QMainWindow {
     QGridLayout* m_grid = nullptr;
     ProgressSheet* m_progress;
     ActivityLogWindow* m_log;
+    InplaceWindow* m_inplace;
     QAction* m_openAction = nullptr;
     QAction* m_openFolderAction = nullptr;
     QAction* m_logAction = nullptr;
