@@ -135,8 +135,9 @@ void LosslessProcessor::complete(Operation operation, const QStringList& badFile
 }
 
 void LosslessProcessor::resetDatesForFile(const QString& path) {
-    // Only the EXIF capture date counts, so other pictures need not be opened.
-    const std::optional<KVImageInfo> info = KVImageInfo::fromFile(path, false);
+    // Only the EXIF capture date counts, so other pictures need not be opened
+    // and no picture needs decoding for a thumbnail.
+    const std::optional<KVImageInfo> info = KVImageInfo::fromFile(path, false, false);
     if (!info || !info->creationDate().isValid())
         return; // no date: the file is left alone, without a message
     const QDateTime date = info->creationDate();
