@@ -75,7 +75,6 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
     grid->setRowStretch(1, 1);
     setCentralWidget(central);
     buildMenus();
-    buildInplaceMenu();
     rebuildDestinationMenu();
 
     // The least width is what the drop hint and the settings column need,
@@ -161,6 +160,7 @@ void MainWindow::buildMenus() {
         m_models.defaults().setValue(QLatin1String(PreviewKey), shown);
     });
 
+    buildInplaceMenu();
     QMenu* window = menuBar()->addMenu(tr("&Window"));
     m_logAction = window->addAction(tr("&Activity Log"));
     m_logAction->setObjectName(QStringLiteral("actionActivityLog"));
