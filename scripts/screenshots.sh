@@ -21,6 +21,7 @@
 #   scaling-folded.png  the main window with the sizing options folded away
 #   inspector.png       the inspector listing the sample photos (../shared/samples/photos,
 #                       else samples/)
+#   inplace-<tab>.png   the in-place panel on its rotation, dates and icons tabs
 set -euo pipefail
 [ -n "${QUILLET_TRACE:-}" ] && set -x
 cd "$(dirname "$0")/.."
@@ -169,3 +170,7 @@ find "$photos" -maxdepth 2 -type f \( -iname '*.jpg' -o -iname '*.jpeg' -o -inam
     -exec cp {} "$work/inspector/" \;
 SETTLE=4 still Inspector "$shots/inspector.png" "SelectedRename=3\nRenamePrefix=trip-" \
     --show inspector "$work/inspector"/*
+# The in-place panel on each of its tabs.
+still 'In-Place' "$shots/inplace-rotation.png" "KeepBackup=true" --show rotation
+still 'In-Place' "$shots/inplace-dates.png" "" --show dates
+still 'In-Place' "$shots/inplace-icons.png" "" --show icons

@@ -4,6 +4,7 @@
 #include "app/models/desktopservices.h"
 #include "app/models/singleinstance.h"
 #include "app/widgets/inspector/inspectorwindow.h"
+#include "app/widgets/inplace/inplacewindow.h"
 #include "app/widgets/main/mainwindow.h"
 #include "app/widgets/presets/presetbar.h"
 #include "app/widgets/settings/settingscontrols.h"
@@ -38,7 +39,8 @@ const char usage[] = "Usage: quillet-gui [--settings FILE] [--dark] [--show PANE
                      "  --dark            use a dark palette whatever the desktop's theme\n"
                      "  --show PANEL      open the 'watermarks' window, the 'rename' panel, the\n"
                      "                    'formats' menu, the 'presets' menu, the 'preset-manager',\n"
-                     "                    the 'preferences', the 'about' box or the 'inspector' at\n"
+                     "                    the 'preferences', the 'about' box, the 'inspector', or the\n"
+                     "                    in-place panel on its 'rotation', 'dates' or 'icons' tab at\n"
                      "                    start; with 'inspector' the PATHs are listed there, not\n"
                      "                    processed\n"
                      "  -h, --help        show this help\n"
@@ -102,11 +104,13 @@ int earlyExit(int argc, char* argv[]) {
             const QStringList panels{QStringLiteral("watermarks"), QStringLiteral("rename"),
                                      QStringLiteral("formats"), QStringLiteral("presets"),
                                      QStringLiteral("preset-manager"), QStringLiteral("preferences"),
-                                     QStringLiteral("about"), QStringLiteral("inspector")};
+                                     QStringLiteral("about"), QStringLiteral("inspector"),
+                                     QStringLiteral("rotation"), QStringLiteral("dates"), QStringLiteral("icons")};
             if (arg == QLatin1String("--show") && !panels.contains(value)) {
                 std::fprintf(stderr,
                              "quillet-gui: --show takes 'watermarks', 'rename', 'formats', 'presets', "
-                             "'preset-manager', 'preferences', 'about' or 'inspector'\n\n%s",
+                             "'preset-manager', 'preferences', 'about', 'inspector', 'rotation', 'dates' or "
+                             "'icons'\n\n%s",
                              usage);
                 return 2;
             }
@@ -203,6 +207,11 @@ int main(int argc, char* argv[]) {
             QTimer::singleShot(0, &window, [&window] { window.showPreferences(); });
         else if (panel == QLatin1String("about"))
             QTimer::singleShot(0, &window, [&window] { window.showAbout(); });
+        else if (const int tab =
+                     QStringList{QStringLiteral("rotation"), QStringLiteral("dates"), QStringLiteral("icons")}
+                         .indexOf(panel);
+                 tab >= 0)
+            QTimer::singleShot(0, &window, [&window, tab] { window.inplaceWindow()->showTab(tab); });
         if (panel == QLatin1String("inspector")) {
             QTimer::singleShot(0, &window, [&window] { window.inspector()->setOpen(true); });
             models.inspector().addFiles(paths);

@@ -41,6 +41,7 @@ bool InplaceSession::start(InplaceAction action, const QStringList& files) {
     {
         QMutexLocker lock(&m_mutex);
         m_badFiles.clear();
+        m_undo = RotationUndo();
     }
     if (degrees >= 0) // before the sheet goes up, so a missing tool leaves none behind
         m_processor.requireJpegtran();
@@ -55,6 +56,26 @@ bool InplaceSession::start(InplaceAction action, const QStringList& files) {
     default:
         return m_processor.rotateFiles(files, degrees, m_keepBackup);
     }
+}
+
+bool InplaceSession::undoLastRotation() {
+    QStringList files;
+    {
+        QMutexLocker lock(&m_mutex);
+        if (!m_undo.canRestore())
+            return false;
+        files = m_undo.files();
+    }
+    if (m_processor.isRunning())
+        return false;
+    m_done = 0;
+    m_view.beginProgress(int(files.size()));
+    return m_processor.undoLastRotation();
+}
+
+bool InplaceSession::canUndo() const {
+    QMutexLocker lock(&m_mutex);
+    return m_undo.canRestore();
 }
 
 void InplaceSession::cancel() {
@@ -75,10 +96,20 @@ void InplaceSession::didCompleteWithBadFiles(const QStringList& badFiles) {
     {
         QMutexLocker lock(&m_mutex);
         m_badFiles = badFiles;
+        m_undo = m_processor.lastRotation();
     }
     m_view.endProgress();
     if (!badFiles.isEmpty())
         m_view.showAlert(InplaceAlert::NonJpegFiles, badFiles);
+}
+
+void InplaceSession::didComplete() {
+    {
+        // After an undo, what is left of the record (a cancel's remainder).
+        QMutexLocker lock(&m_mutex);
+        m_undo = m_processor.lastRotation();
+    }
+    m_view.endProgress();
 }
 
 } // namespace quillet

@@ -59,6 +59,13 @@ class InplaceSession final : public InplaceDelegate {
     // JpegtranMissing for a rotation when there is no jpegtran, before the
     // sheet goes up.
     bool start(InplaceAction action, const QStringList& files);
+    // Puts back the originals kept by the last run, when it was a rotation
+    // with backups; the progress sheet shows it like a drop. False when there
+    // is nothing to put back or a run is still going.
+    bool undoLastRotation();
+    // True when the last run was a rotation whose backups can still bring
+    // back at least one original unchanged.
+    bool canUndo() const;
     void cancel();
     // Only raises the processor's cancel flag; safe in a signal handler.
     void requestCancel() noexcept { m_processor.cancel(); }
@@ -83,7 +90,7 @@ class InplaceSession final : public InplaceDelegate {
     void writeActivity(const QString& line) override { m_log.writeActivity(line); }
     void writeWarningActivity(const QString& line) override { m_log.writeWarningActivity(line); }
     void didCompleteWithBadFiles(const QStringList& badFiles) override;
-    void didComplete() override { m_view.endProgress(); }
+    void didComplete() override;
 
   private:
     ActivityLog& m_log;
@@ -93,8 +100,9 @@ class InplaceSession final : public InplaceDelegate {
     bool m_keepBackup = false;
     bool m_resetModificationDate = false;
     std::atomic<int> m_done = 0;
-    mutable QMutex m_mutex; // guards m_badFiles, written on the run's thread
+    mutable QMutex m_mutex; // guards m_badFiles and m_undo, written on the run's thread
     QStringList m_badFiles;
+    RotationUndo m_undo; // the processor's, as the last run left it
 };
 
 } // namespace quillet

@@ -54,8 +54,15 @@ bool LosslessProcessor::removeCustomIconsForFiles(const QStringList& paths) {
     return !m_running && start(Operation::RemoveIcons, paths);
 }
 
+bool LosslessProcessor::undoLastRotation() {
+    return !m_running && !m_lastRotation.isEmpty() && start(Operation::Undo, m_lastRotation.files());
+}
+
 bool LosslessProcessor::start(Operation operation, const QStringList& paths) {
     wait(); // the previous run has ended; reap its thread
+    // Only the run that made the backups may put them back.
+    if (operation != Operation::Undo)
+        m_lastRotation = RotationUndo();
     m_paths = paths;
     m_running = true;
     if (m_synchronous)
@@ -86,8 +93,17 @@ void LosslessProcessor::run(Operation operation) {
         switch (operation) {
         case Operation::Rotate:
             m_controller.showMessage(QStringLiteral("Rotating %1").arg(name));
-            if (rotation.rotate(path, m_degrees, m_keepBackup) == FileRotation::Outcome::Bad)
+            switch (rotation.rotate(path, m_degrees, m_keepBackup)) {
+            case FileRotation::Outcome::Bad:
                 badFiles.append(path);
+                break;
+            case FileRotation::Outcome::Rotated:
+                if (m_keepBackup)
+                    m_lastRotation.add(path);
+                break;
+            case FileRotation::Outcome::Skipped:
+                break;
+            }
             break;
         case Operation::ResetDates:
             m_controller.showMessage(QStringLiteral("Setting date for %1").arg(name));
@@ -100,6 +116,10 @@ void LosslessProcessor::run(Operation operation) {
         case Operation::RemoveIcons:
             m_controller.showMessage(QStringLiteral("Clearing icon for %1").arg(name));
             CustomIcon::removeFromFile(path);
+            break;
+        case Operation::Undo:
+            m_controller.showMessage(QStringLiteral("Restoring %1").arg(name));
+            m_lastRotation.restore(path, m_fileSystem, m_controller);
             break;
         }
     }
@@ -115,8 +135,9 @@ void LosslessProcessor::complete(Operation operation, const QStringList& badFile
 }
 
 void LosslessProcessor::resetDatesForFile(const QString& path) {
-    // Only the EXIF capture date counts, so other pictures need not be opened.
-    const std::optional<KVImageInfo> info = KVImageInfo::fromFile(path, false);
+    // Only the EXIF capture date counts, so other pictures need not be opened
+    // and no picture needs decoding for a thumbnail.
+    const std::optional<KVImageInfo> info = KVImageInfo::fromFile(path, false, false);
     if (!info || !info->creationDate().isValid())
         return; // no date: the file is left alone, without a message
     const QDateTime date = info->creationDate();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "inplace/jpegtranrunner.h"
+#include "inplace/rotationundo.h"
 #include "support/filesystem.h"
 
 #include <QStringList>
@@ -40,6 +41,15 @@ class LosslessProcessor {
     bool resetDatesForFiles(const QStringList& paths, bool modificationDate);
     bool addCustomIconsForFiles(const QStringList& paths);
     bool removeCustomIconsForFiles(const QStringList& paths);
+    // Puts back the originals that the last rotation run kept as backups,
+    // those of files changed since excepted; ends with didComplete. A run of
+    // any other kind in between leaves nothing to put back.
+    bool undoLastRotation();
+
+    // The files the last rotation run turned with their originals kept, less
+    // those an undo has dealt with since. Read it in a completion callback or
+    // once the run is over.
+    const RotationUndo& lastRotation() const { return m_lastRotation; }
 
     // The run stops before its next file. A cancel that comes after the last
     // file stays set and stops the next run before its first.
@@ -51,7 +61,7 @@ class LosslessProcessor {
     void wait();
 
   private:
-    enum class Operation { Rotate, ResetDates, AddIcons, RemoveIcons };
+    enum class Operation { Rotate, ResetDates, AddIcons, RemoveIcons, Undo };
 
     bool start(Operation operation, const QStringList& paths);
     void run(Operation operation);
@@ -68,6 +78,7 @@ class LosslessProcessor {
     int m_degrees = 0;
     bool m_keepBackup = false;
     bool m_resetModificationDate = false;
+    RotationUndo m_lastRotation;
 
     std::atomic<bool> m_cancel = false;
     std::atomic<bool> m_running = false;

@@ -60,6 +60,10 @@ bool FileSystem::makeFolder(const QByteArray& path) {
     return ::mkdir(path.constData(), 0777) == 0;
 }
 
+bool FileSystem::removeFolder(const QByteArray& path) {
+    return ::rmdir(path.constData()) == 0;
+}
+
 bool FileSystem::setAttribute(const QByteArray& path, const char* name, const QByteArray& value) {
     return ::setxattr(path.constData(), name, value.constData(), std::size_t(value.size()), 0) == 0;
 }

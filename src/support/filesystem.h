@@ -40,6 +40,8 @@ class FileSystem {
     virtual bool link(const QByteArray& existing, const QByteArray& newPath);
     // mkdir of one folder whose parent exists.
     virtual bool makeFolder(const QByteArray& path);
+    // rmdir: removes an empty folder only.
+    virtual bool removeFolder(const QByteArray& path);
 
     // Extended attributes; attribute() is empty when absent or unreadable.
     virtual bool setAttribute(const QByteArray& path, const char* name, const QByteArray& value);

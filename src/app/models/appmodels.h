@@ -5,6 +5,7 @@
 #include "app/models/destinationlist.h"
 #include "app/models/presetmenumodel.h"
 #include "app/models/inspectormodel.h"
+#include "app/models/inplacemodel.h"
 #include "app/models/previewmodel.h"
 #include "app/models/renamingmodel.h"
 #include "app/models/settingsmodel.h"
@@ -40,6 +41,8 @@ class AppModels {
     PresetMenuModel& presets() { return m_presets; }
     // The inspector's list of pictures.
     InspectorModel& inspector() { return m_inspector; }
+    // The in-place panel: lossless rotation, file dates, icons.
+    InplaceModel& inplace() { return m_inplace; }
 
   private:
     void storeSettings();
@@ -54,6 +57,7 @@ class AppModels {
     PreviewModel m_preview;
     PresetMenuModel m_presets;
     InspectorModel m_inspector;
+    InplaceModel m_inplace;
 };
 
 } // namespace quillet

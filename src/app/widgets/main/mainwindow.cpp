@@ -8,6 +8,7 @@
 #include "app/models/windowtitle.h"
 #include "app/widgets/about/aboutbox.h"
 #include "app/widgets/inspector/inspectorwindow.h"
+#include "app/widgets/inplace/inplacewindow.h"
 #include "app/widgets/log/activitylogwindow.h"
 #include "app/widgets/main/brushedmetal.h"
 #include "app/widgets/main/droparea.h"
@@ -57,7 +58,8 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
       m_preview(new PreviewPane(models.preview(), this)), m_progress(new ProgressSheet(controller, this)),
       m_log(new ActivityLogWindow(models.log(), models.defaults(), this)),
       m_updates(new UpdateController(models.defaults(), sheets, controller.desktop(), this)),
-      m_inspector(new InspectorWindow(models.inspector(), models.defaults(), this)) {
+      m_inspector(new InspectorWindow(models.inspector(), models.defaults(), this)),
+      m_inplace(new InplaceWindow(models.inplace(), sheets, models.defaults(), this)) {
     setObjectName(QStringLiteral("mainWindow"));
     setTitle(tr("Quillet"));
     sheets.setWindow(this);
@@ -133,6 +135,8 @@ MainWindow::MainWindow(AppController& controller, AppModels& models, Sheets& she
         QTimer::singleShot(0, m_log, [this] { m_log->setOpen(true); });
     if (models.defaults().boolValue(QStringLiteral("InspectorVisible")))
         QTimer::singleShot(0, m_inspector, [this] { m_inspector->setOpen(true); });
+    if (models.inplace().wasOpen())
+        QTimer::singleShot(0, m_inplace, [this] { m_inplace->showTab(InplaceWindow::RotationTab); });
 }
 
 MainWindow::~MainWindow() {
@@ -180,6 +184,7 @@ void MainWindow::buildMenus() {
         m_models.defaults().setValue(QLatin1String(PreviewKey), shown);
     });
 
+    buildInplaceMenu();
     QMenu* window = menuBar()->addMenu(tr("&Window"));
     m_logAction = window->addAction(tr("&Activity Log"));
     m_logAction->setObjectName(QStringLiteral("actionActivityLog"));
@@ -241,6 +246,24 @@ void MainWindow::showHelp(const QString& page) {
         return;
     }
     m_controller.desktop().openUrl(url);
+}
+
+void MainWindow::buildInplaceMenu() {
+    QMenu* tools = menuBar()->addMenu(tr("&Tools"));
+    const struct {
+        const char* title;
+        const char* name;
+        int tab;
+    } commands[] = {
+        {QT_TR_NOOP("Lossless &Rotation..."), "actionInplaceRotation", InplaceWindow::RotationTab},
+        {QT_TR_NOOP("Reset File &Dates..."), "actionInplaceDates", InplaceWindow::DatesTab},
+        {QT_TR_NOOP("Custom &Icons..."), "actionInplaceIcons", InplaceWindow::IconsTab}};
+    for (const auto& command : commands) {
+        QAction* action = tools->addAction(tr(command.title));
+        action->setObjectName(QLatin1String(command.name));
+        connect(action, &QAction::triggered, m_inplace,
+                [this, tab = command.tab] { m_inplace->showTab(tab); });
+    }
 }
 
 void MainWindow::showPreview(bool shown) {

@@ -21,6 +21,7 @@ class CommandComboBox;
 class DropArea;
 class PresetBar;
 class InspectorWindow;
+class InplaceWindow;
 class PreviewPane;
 class ProgressSheet;
 class SettingsPanel;
@@ -42,6 +43,7 @@ class MainWindow : public QMainWindow {
     SettingsPanel* settingsPanel() const { return m_settings; }
     PreviewPane* previewPane() const { return m_preview; }
     PresetBar* presetBar() const { return m_presets; }
+    InplaceWindow* inplaceWindow() const { return m_inplace; }
 
     void setTitle(const std::optional<QString>& title);
     void setTitleSuffix(const std::optional<QString>& suffix);
@@ -62,6 +64,7 @@ class MainWindow : public QMainWindow {
   private:
     void buildMenus();
     void buildHelpMenu(QMenu* settings);
+    void buildInplaceMenu();
     void showPreview(bool shown);
     QWidget* buildStatusRow();
     void rebuildDestinationMenu();
@@ -88,6 +91,7 @@ class MainWindow : public QMainWindow {
     UpdateController* m_updates;
     QPointer<AboutBox> m_about;
     InspectorWindow* m_inspector;
+    InplaceWindow* m_inplace;
     QAction* m_openAction = nullptr;
     QAction* m_openFolderAction = nullptr;
     QAction* m_logAction = nullptr;

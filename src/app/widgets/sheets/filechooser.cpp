@@ -61,8 +61,10 @@ std::optional<QStringList> run(Sheets& sheets, const QString& title, const QStri
 
 } // namespace
 
-std::optional<QStringList> FileChooser::choosePictures(Sheets& sheets, const QString& startFolder) {
-    return run(sheets, QFileDialog::tr("Open Pictures"), startFolder, QFileDialog::ExistingFiles);
+std::optional<QStringList> FileChooser::choosePictures(Sheets& sheets, const QString& startFolder,
+                                                       QWidget* window) {
+    return run(sheets, QFileDialog::tr("Open Pictures"), startFolder, QFileDialog::ExistingFiles, false,
+               window);
 }
 
 std::optional<QString> FileChooser::chooseWatermark(Sheets& sheets, QWidget* window) {

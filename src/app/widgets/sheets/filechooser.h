@@ -18,8 +18,10 @@ namespace FileChooser {
 // One picture for the watermark, chosen on top of `window`; none when
 // cancelled.
 std::optional<QString> chooseWatermark(Sheets& sheets, QWidget* window);
-// Pictures to process; none when cancelled.
-std::optional<QStringList> choosePictures(Sheets& sheets, const QString& startFolder);
+// Pictures to process; none when cancelled. On top of `window` when given,
+// else of the main window.
+std::optional<QStringList> choosePictures(Sheets& sheets, const QString& startFolder,
+                                          QWidget* window = nullptr);
 // One folder; none when cancelled. With a drop area, a folder dropped on the
 // chooser's drop area is taken as well.
 std::optional<QString> chooseFolder(Sheets& sheets, const QString& title, const QString& startFolder,
