@@ -11,6 +11,7 @@
 #   main-window-dark.png  the main window in a dark palette
 #   preview-pane.png    the main window with the preview of the samples
 #   format-menu.png     the main window with the output format menu open
+#   versions.png        the main window with three versions in the settings column
 set -euo pipefail
 [ -n "${QUILLET_TRACE:-}" ] && set -x
 cd "$(dirname "$0")/.."
@@ -128,3 +129,21 @@ cp samples/*.jpg samples/phone/*.jpg "$work/preview/"
 SETTLE=5 still Quillet "$shots/preview-pane.png" \
     "PreviewVisible=true\nRotation=4\nScaleType=4\nWidth=800\nHeight=800\nJpegQuality=90\nHasFizeLimit=true\nSizeLimit=40\nWatermarkEnabled=true\nDynWatermarkEnabled=true\nDynWatermarkFields=0, 3\nSelectedRename=3\nRenamePrefix=web-" \
     "$work/preview"
+# Three versions: the current settings, a preset into its own folder and one
+# beside them with a suffix. The presets go in through the tool first.
+printf '[General]\nOnTheFlyFolder=false\nShowAutoRotateHint=false\nScaleType=4\n%b\nOutputVersions=*, Web, Thumbnail:_thumb\n' \
+    "$sizes" >"$work/versions.ini"
+for preset in "Web 1280 104" "Thumbnail 320 101"; do
+    set -- $preset
+    printf '{"format": "quillet-preset", "version": 1, "preset": {"Name": "%s", "ScaleType": 4, "Width": %s, "Height": %s, "FileFormat": %s}}\n' \
+        "$1" "$2" "$2" "$3" >"$work/$1.json"
+    build/release/quillet --settings "$work/versions.ini" presets import "$work/$1.json" >/dev/null
+done
+build/release/quillet-gui --settings "$work/versions.ini" --show versions 2>>"$work/stderr.log" &
+app=$!
+main=$(wait_for Quillet 100)
+sleep 1
+shoot "$main" "$shots/versions.png"
+kill "$app" 2>/dev/null || true
+wait "$app" 2>/dev/null || true
+app=

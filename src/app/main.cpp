@@ -6,6 +6,7 @@
 #include "app/widgets/main/mainwindow.h"
 #include "app/widgets/settings/settingscontrols.h"
 #include "app/widgets/settings/settingspanel.h"
+#include "app/widgets/settings/versionsbox.h"
 #include "app/widgets/sheets/sheets.h"
 #include "desktop/desktopnotification.h"
 #include "engine/batch/batchenvironment.h"
@@ -35,7 +36,7 @@ const char usage[] = "Usage: quillet-gui [--settings FILE] [--dark] [--show PANE
                      "                    variable QUILLET_SETTINGS does the same\n"
                      "  --dark            use a dark palette whatever the desktop's theme\n"
                      "  --show PANEL      open the 'watermarks' window, the 'rename' panel or the\n"
-                     "                    'formats' menu at start\n"
+                     "                    'formats' menu at start, or scroll to the 'versions'\n"
                      "  -h, --help        show this help\n"
                      "  --version         show the version\n";
 
@@ -95,9 +96,11 @@ int earlyExit(int argc, char* argv[]) {
                 return 2;
             }
             if (arg == QLatin1String("--show") && value != QLatin1String("watermarks") &&
-                value != QLatin1String("rename") && value != QLatin1String("formats")) {
-                std::fprintf(stderr, "quillet-gui: --show takes 'watermarks', 'rename' or 'formats'\n\n%s",
-                             usage);
+                value != QLatin1String("rename") && value != QLatin1String("formats") &&
+                value != QLatin1String("versions")) {
+                std::fprintf(
+                    stderr, "quillet-gui: --show takes 'watermarks', 'rename', 'formats' or 'versions'\n\n%s",
+                    usage);
                 return 2;
             }
         }
@@ -185,6 +188,11 @@ int main(int argc, char* argv[]) {
         else if (panel == QLatin1String("formats"))
             QTimer::singleShot(0, &window,
                                [&window] { window.settingsPanel()->controls()->showFormatMenu(); });
+        else if (panel == QLatin1String("versions"))
+            QTimer::singleShot(0, &window, [&window] {
+                SettingsPanel* settings = window.settingsPanel();
+                settings->ensureWidgetVisible(settings->versions());
+            });
         // Everything named on the command line forms one batch.
         for (const QString& path : paths)
             controller.openFile(path);

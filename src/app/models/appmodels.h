@@ -6,6 +6,7 @@
 #include "app/models/previewmodel.h"
 #include "app/models/renamingmodel.h"
 #include "app/models/settingsmodel.h"
+#include "app/models/versionlistmodel.h"
 #include "settings/userdefaults.h"
 
 #include <QSettings>
@@ -33,6 +34,8 @@ class AppModels {
     CreatorMenu& creators() { return m_creators; }
     // The picture of the queue as the next batch would write it.
     PreviewModel& preview() { return m_preview; }
+    // The versions each batch writes.
+    VersionListModel& versions() { return m_versions; }
 
   private:
     void storeSettings();
@@ -45,6 +48,7 @@ class AppModels {
     DestinationList m_destinations;
     CreatorMenu m_creators;
     PreviewModel m_preview;
+    VersionListModel m_versions;
 };
 
 } // namespace quillet
