@@ -22,6 +22,7 @@
 #   inspector.png       the inspector listing the sample photos (../shared/samples/photos,
 #                       else samples/)
 #   inplace-<tab>.png   the in-place panel on its rotation, dates and icons tabs
+#   versions.png        the main window with three versions in the settings column
 set -euo pipefail
 [ -n "${QUILLET_TRACE:-}" ] && set -x
 cd "$(dirname "$0")/.."
@@ -174,3 +175,21 @@ SETTLE=4 still Inspector "$shots/inspector.png" "SelectedRename=3\nRenamePrefix=
 still 'In-Place' "$shots/inplace-rotation.png" "KeepBackup=true" --show rotation
 still 'In-Place' "$shots/inplace-dates.png" "" --show dates
 still 'In-Place' "$shots/inplace-icons.png" "" --show icons
+# Three versions: the current settings, a preset into its own folder and one
+# beside them with a suffix. The presets go in through the tool first.
+printf '[General]\nOnTheFlyFolder=false\nShowAutoRotateHint=false\nScaleType=4\n%b\nOutputVersions=*, Web, Thumbnail:_thumb\n' \
+    "$sizes" >"$work/versions.ini"
+for preset in "Web 1280 104" "Thumbnail 320 101"; do
+    set -- $preset
+    printf '{"format": "quillet-preset", "version": 1, "preset": {"Name": "%s", "ScaleType": 4, "Width": %s, "Height": %s, "FileFormat": %s}}\n' \
+        "$1" "$2" "$2" "$3" >"$work/$1.json"
+    build/release/quillet --settings "$work/versions.ini" presets import "$work/$1.json" >/dev/null
+done
+build/release/quillet-gui --settings "$work/versions.ini" --show versions 2>>"$work/stderr.log" &
+app=$!
+main=$(wait_for Quillet 100)
+sleep 1
+shoot "$main" "$shots/versions.png"
+kill "$app" 2>/dev/null || true
+wait "$app" 2>/dev/null || true
+app=

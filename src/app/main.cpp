@@ -9,6 +9,7 @@
 #include "app/widgets/presets/presetbar.h"
 #include "app/widgets/settings/settingscontrols.h"
 #include "app/widgets/settings/settingspanel.h"
+#include "app/widgets/settings/versionsbox.h"
 #include "app/widgets/sheets/sheets.h"
 #include "desktop/desktopnotification.h"
 #include "engine/batch/batchenvironment.h"
@@ -42,7 +43,7 @@ const char usage[] = "Usage: quillet-gui [--settings FILE] [--dark] [--show PANE
                      "                    the 'preferences', the 'about' box, the 'inspector', or the\n"
                      "                    in-place panel on its 'rotation', 'dates' or 'icons' tab at\n"
                      "                    start; with 'inspector' the PATHs are listed there, not\n"
-                     "                    processed\n"
+                     "                    processed; 'versions' scrolls to the versions list\n"
                      "  -h, --help        show this help\n"
                      "  --version         show the version\n";
 
@@ -105,12 +106,13 @@ int earlyExit(int argc, char* argv[]) {
                                      QStringLiteral("formats"), QStringLiteral("presets"),
                                      QStringLiteral("preset-manager"), QStringLiteral("preferences"),
                                      QStringLiteral("about"), QStringLiteral("inspector"),
-                                     QStringLiteral("rotation"), QStringLiteral("dates"), QStringLiteral("icons")};
+                                     QStringLiteral("rotation"), QStringLiteral("dates"), QStringLiteral("icons"),
+                                     QStringLiteral("versions")};
             if (arg == QLatin1String("--show") && !panels.contains(value)) {
                 std::fprintf(stderr,
                              "quillet-gui: --show takes 'watermarks', 'rename', 'formats', 'presets', "
-                             "'preset-manager', 'preferences', 'about', 'inspector', 'rotation', 'dates' or "
-                             "'icons'\n\n%s",
+                             "'preset-manager', 'preferences', 'about', 'inspector', 'rotation', 'dates', "
+                             "'icons' or 'versions'\n\n%s",
                              usage);
                 return 2;
             }
@@ -212,6 +214,11 @@ int main(int argc, char* argv[]) {
                          .indexOf(panel);
                  tab >= 0)
             QTimer::singleShot(0, &window, [&window, tab] { window.inplaceWindow()->showTab(tab); });
+        else if (panel == QLatin1String("versions"))
+            QTimer::singleShot(0, &window, [&window] {
+                SettingsPanel* settings = window.settingsPanel();
+                settings->ensureWidgetVisible(settings->versions());
+            });
         if (panel == QLatin1String("inspector")) {
             QTimer::singleShot(0, &window, [&window] { window.inspector()->setOpen(true); });
             models.inspector().addFiles(paths);

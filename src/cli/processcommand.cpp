@@ -7,6 +7,8 @@
 #include "engine/batch/batchenvironment.h"
 #include "engine/batch/imageprocessor.h"
 #include "engine/pipeline/modernencoder.h"
+#include "settings/presetstore.h"
+#include "settings/versionlist.h"
 #include "support/settingsstore.h"
 
 #include <QFileInfo>
@@ -79,9 +81,15 @@ int runProcess(const QStringList& args) {
     // the batch runs with the defaults, and the user hears why.
     for (const QString& note : request.notes)
         std::fprintf(stderr, "quillet process: %s\n", note.toLocal8Bit().constData());
-    const int format = ProcessingRequest::fromRecord(request.params).output.format;
-    if (FileFormat::isModern(format)) {
-        const QString reason = ModernEncoder::unavailableReason(format);
+    // Every version is checked before a file is written.
+    VersionList::Resolved versions = VersionList::resolve(request.versions, PresetStore::load(*settings),
+                                                          ProcessingRequest::fromRecord(request.params));
+    if (!versions.error.isEmpty())
+        return usageError(versions.error);
+    for (const OutputVersion& version : versions.versions) {
+        const int format = version.request.output.format;
+        const QString reason =
+            FileFormat::isModern(format) ? ModernEncoder::unavailableReason(format) : QString();
         if (!reason.isEmpty())
             return usageError(
                 QStringLiteral("cannot write %1 pictures: %2").arg(FileFormat::displayName(format), reason));
@@ -134,8 +142,8 @@ int runProcess(const QStringList& args) {
         [&] { input.suspend(); },
     });
 
-    job.processFiles(request.paths, ProcessingRequest::fromRecord(request.params), request.dest,
-                     request.creator, request.options);
+    job.processFiles(request.paths, std::move(versions.versions), request.dest, request.creator,
+                     request.options);
     job.waitForFinished();
     if (request.notify)
         notifyEnd(shell, request.dest);

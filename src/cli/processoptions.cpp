@@ -4,6 +4,7 @@
 #include "settings/presetstore.h"
 #include "settings/settingsschema.h"
 #include "settings/userdefaults.h"
+#include "settings/versionlist.h"
 
 #include <QVariantList>
 #include <QVariantMap>
@@ -164,6 +165,14 @@ bool Parser::option(const QString& name) {
     if (name == QLatin1String("--preset")) {
         const auto v = value(name);
         return v && (preset = *v, true);
+    }
+    if (name == QLatin1String("--versions")) {
+        const auto v = value(name);
+        if (!v)
+            return false;
+        request.versions = VersionList::split(*v);
+        return !request.versions.isEmpty() ||
+               fail(QStringLiteral("option '--versions' wants preset names separated by commas"));
     }
     if (name == QLatin1String("--set")) {
         const auto v = value(name);
@@ -382,6 +391,7 @@ ProcessParse parseProcessArguments(const QStringList& args, QSettings& settings)
     const int selected = defaults.intValue(QStringLiteral("SelectedCreator"));
     if (selected >= 1 && selected <= creators.size())
         parser.request.creator = creators.at(selected - 1).toMap().value(QStringLiteral("code")).toUInt();
+    parser.request.versions = defaults.stringList(QLatin1String(StoreKey::OutputVersions));
     parser.request.notes = defaults.problems();
 
     // The preset comes first wherever it stands, so every other option refines it.
@@ -500,6 +510,10 @@ QString processUsage() {
         "  --text FIELD,...           text watermark of {DynWatermarkFields}\n"
         "  --text-size N ({DynWatermarkSize})  --text-style {DynWatermarkStyle}\n"
         "  --text-background COLOR\n"
+        "  --versions NAME,...        write each picture once per preset named, each\n"
+        "                             into DIR/NAME, or beside the others as NAME:SUFFIX;\n"
+        "                             * is these settings into DIR itself (the default:\n"
+        "                             the window's list of versions)\n"
         "\n"
         "Names (start from the stored renaming scheme):\n"
         "  --rename {SelectedRename}\n"

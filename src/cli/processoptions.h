@@ -27,6 +27,9 @@ struct ProcessRequest {
     bool conflictGiven = false; // --on-conflict was on the command line
     QString logFile;
     BatchShard shard; // --shard K/N
+    // --versions, else the window's list (settings/versionlist.h); empty:
+    // these settings alone.
+    QStringList versions;
     bool help = false;
     bool windowDest = false; // --window-dest: the window's selected output folder
     bool notify = false;     // --notify: a desktop notification at the end

@@ -25,6 +25,8 @@ inline constexpr char InspectorVisible[] = "InspectorVisible";
 inline constexpr char PreviewVisible[] = "PreviewVisible";
 inline constexpr char ShowAutoRotateHint[] = "ShowAutoRotateHint";
 inline constexpr char ShowCustomIconHint[] = "ShowCustomIconHint";
+// The versions every batch writes (settings/versionlist.h).
+inline constexpr char OutputVersions[] = "OutputVersions";
 // Set once the note that text shadows are unsupported has been silenced.
 inline constexpr char SUMS[] = "SUMS";
 // Preferences.

@@ -200,6 +200,8 @@ QList<SettingKey> settingsTable() {
         Row(S::ShowAutoRotateHint, T::Bool, G::Application).registered(true),
         Row(S::ShowCustomIconHint, T::Bool, G::Application).registered(true),
         Row(S::SUMS, T::Bool, G::Application),
+        // Empty: the current settings alone. A few dozen versions is plenty.
+        Row(S::OutputVersions, T::StringList, G::Application).longest(64).registered(QStringList()),
 
         Row(S::SingleFile, T::Int, G::Preference).choices(singleFileActions).registered(0),
         Row(S::RevealFolder, T::Bool, G::Preference).registered(true),

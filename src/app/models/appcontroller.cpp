@@ -126,6 +126,16 @@ void AppController::processFiles(const QStringList& paths) {
         return;
     }
 
+    // A version that cannot run stops the batch before anything is asked or written.
+    VersionList::Resolved versions = m_models.versions().resolve(m_models.settings().request());
+    if (!versions.error.isEmpty()) {
+        m_questions.runMessageSheet(tr("Versions"),
+                                    tr("The batch cannot start: %1. Remove it from the versions, or add "
+                                       "the preset again.")
+                                        .arg(versions.error));
+        return;
+    }
+
     const QString destination = m_models.destinations().selected();
     QString output = destination;
     if (defaults.boolValue(QStringLiteral("OnTheFlyFolder"))) {
@@ -160,7 +170,7 @@ void AppController::processFiles(const QStringList& paths) {
     setOutputFolder(output);
     setStatus({});
     m_models.renaming().reload();
-    m_job->processFiles(paths, request, output, m_models.creators().currentCode(),
+    m_job->processFiles(paths, std::move(versions.versions), output, m_models.creators().currentCode(),
                         BatchOptions::fromDefaults(defaults));
 }
 

@@ -3,12 +3,13 @@
 #include "app/models/activitylogmodel.h"
 #include "app/models/creatormenu.h"
 #include "app/models/destinationlist.h"
-#include "app/models/presetmenumodel.h"
-#include "app/models/inspectormodel.h"
 #include "app/models/inplacemodel.h"
+#include "app/models/inspectormodel.h"
+#include "app/models/presetmenumodel.h"
 #include "app/models/previewmodel.h"
 #include "app/models/renamingmodel.h"
 #include "app/models/settingsmodel.h"
+#include "app/models/versionlistmodel.h"
 #include "settings/userdefaults.h"
 
 #include <QSettings>
@@ -43,6 +44,8 @@ class AppModels {
     InspectorModel& inspector() { return m_inspector; }
     // The in-place panel: lossless rotation, file dates, icons.
     InplaceModel& inplace() { return m_inplace; }
+    // The versions each batch writes.
+    VersionListModel& versions() { return m_versions; }
 
   private:
     void storeSettings();
@@ -58,6 +61,7 @@ class AppModels {
     PresetMenuModel m_presets;
     InspectorModel m_inspector;
     InplaceModel m_inplace;
+    VersionListModel m_versions;
 };
 
 } // namespace quillet

@@ -15,8 +15,8 @@
 namespace quillet {
 
 // What every worker of one batch shares: the shell it reports to, the naming
-// scheme, the disk, the preferences and the pixel-stage settings. Owned by the
-// job for the length of the batch.
+// scheme, the disk, the preferences and the pixel-stage settings (one context
+// per version of the batch). Owned by the job for the length of the batch.
 struct BatchContext {
     BatchShell& shell;
     Renamer& renamer;
@@ -30,6 +30,9 @@ struct BatchContext {
     // Settings that cannot take effect in full are said once a batch, by
     // whichever worker meets them first.
     std::atomic<bool> textSizeCapSaid = false;
+    // Added to every output name, before the extension: a version of the
+    // batch that writes beside the others.
+    QString nameSuffix = {};
 };
 
 } // namespace quillet

@@ -32,7 +32,7 @@ void BatchRenderQueue::work() {
             return;
         const int task = m_nextStart++;
         lock.unlock();
-        RenderedFile result = m_render(m_paths[task]);
+        Rendered result = m_render(m_paths[task]);
         lock.lock();
         if (task >= m_current)
             m_done.emplace(task, std::move(result));
@@ -40,7 +40,7 @@ void BatchRenderQueue::work() {
     }
 }
 
-RenderedFile BatchRenderQueue::take(int task) {
+BatchRenderQueue::Rendered BatchRenderQueue::take(int task) {
     std::unique_lock lock(m_mutex);
     if (task < m_current || task >= m_paths.size() || (task == m_current && m_taken))
         throw std::out_of_range("render task taken out of order");
@@ -57,7 +57,7 @@ RenderedFile BatchRenderQueue::take(int task) {
         return m_render(m_paths[task]);
     }
     m_changed.wait(lock, [&] { return m_done.contains(task); });
-    RenderedFile result = std::move(m_done.at(task));
+    Rendered result = std::move(m_done.at(task));
     m_done.erase(task);
     const bool stale = m_stale.erase(task) > 0;
     lock.unlock();

@@ -20,7 +20,7 @@ struct ImageProcessor::Batch {
     // The scheme as it was when the batch started; the user may edit the
     // shell's own while the batch runs.
     Renamer renamer;
-    ProcessingRequest request;
+    std::vector<OutputVersion> versions;
     std::uint32_t creator = 0;
     BatchOptions options;
     std::shared_ptr<BatchGate> gate;
@@ -38,6 +38,16 @@ int renderThreadCount(const BatchOptions& options) {
     if (options.renderThreads > 0)
         return options.renderThreads;
     return std::max(1, int(std::thread::hardware_concurrency()));
+}
+
+// Where a version writes the files of the level whose own folder is
+// `levelDir`: the same place inside the version's folder.
+QString versionFolder(const QString& levelDir, const QString& batchDir, const OutputVersion& version) {
+    if (version.folder.isEmpty())
+        return levelDir;
+    const QDir batch(batchDir);
+    return QDir::cleanPath(
+        batch.filePath(version.folder + QLatin1Char('/') + batch.relativeFilePath(levelDir)));
 }
 
 RenderSettings renderSettings(const ProcessingRequest& request, const BatchOptions& options,
@@ -85,12 +95,21 @@ void ImageProcessor::finish() {
 void ImageProcessor::processFiles(const QStringList& paths, const ProcessingRequest& request,
                                   const QString& outputDir, std::uint32_t creator,
                                   const BatchOptions& options) {
+    processFiles(paths, std::vector<OutputVersion>{OutputVersion{request, {}, {}}}, outputDir, creator,
+                 options);
+}
+
+void ImageProcessor::processFiles(const QStringList& paths, std::vector<OutputVersion> versions,
+                                  const QString& outputDir, std::uint32_t creator,
+                                  const BatchOptions& options) {
+    if (versions.empty())
+        return;
     // Nothing here touches the disk: the caller is the window's thread.
     auto batch = std::make_shared<Batch>();
     batch->paths = paths;
     batch->outputDir = outputDir;
     batch->renamer = m_renamer;
-    batch->request = request;
+    batch->versions = std::move(versions);
     batch->creator = creator;
     batch->options = options;
     batch->gate = std::make_shared<BatchGate>();
@@ -125,30 +144,41 @@ void ImageProcessor::runBatch(Batch& batch) {
 }
 
 void ImageProcessor::runWorkers(Batch& batch) {
-    BatchContext context{m_shell,
-                         batch.renamer,
-                         m_fileSystem,
-                         batch.options,
-                         batch.creator,
-                         renderSettings(batch.request, batch.options, batch.renamer, m_shell, false),
-                         {}};
-    // Said once for the batch rather than left for the user to notice.
-    const WatermarkSettings& watermarks = context.render.request.watermarks;
-    if (watermarks.drawsImage() && !context.render.watermark)
-        m_shell.writeWarningActivity(
-            QStringLiteral("Unable to read the watermark '%1'; pictures are written without it\n")
-                .arg(watermarks.image.path));
+    std::vector<std::unique_ptr<BatchContext>> contexts;
+    std::vector<RenderSettings> settings;
+    for (const OutputVersion& version : batch.versions) {
+        // The status thumbnail comes from the first version only.
+        RenderSettings render = renderSettings(version.request, batch.options, batch.renamer, m_shell, false);
+        if (!contexts.empty())
+            render.thumbnails.reset();
+        settings.push_back(render);
+        contexts.push_back(std::unique_ptr<BatchContext>(new BatchContext{
+            m_shell, batch.renamer, m_fileSystem, batch.options, batch.creator, std::move(render), {}}));
+        contexts.back()->nameSuffix = version.nameSuffix;
+        // Said once for the batch rather than left for the user to notice.
+        const WatermarkSettings& watermarks = version.request.watermarks;
+        if (watermarks.drawsImage() && !contexts.back()->render.watermark)
+            m_shell.writeWarningActivity(
+                QStringLiteral("Unable to read the watermark '%1'; pictures are written without it\n")
+                    .arg(watermarks.image.path));
+    }
     QStringList tasks;
     for (const ImageProcessorHelper& helper : batch.helpers)
         tasks.append(helper.paths());
-    const RenderSettings& settings = context.render;
     BatchRenderQueue queue(
-        tasks, [&settings](const QString& path) { return renderFile(path, settings); },
+        tasks, [&settings](const QString& path) { return renderVersions(path, settings); },
         renderThreadCount(batch.options));
-    context.fileWritten = [&queue](const QString& path) { queue.fileWritten(path); };
+    std::vector<BatchContext*> contextList;
+    for (const auto& context : contexts) {
+        context->fileWritten = [&queue](const QString& path) { queue.fileWritten(path); };
+        contextList.push_back(context.get());
+    }
     int firstTask = 0;
     for (ImageProcessorHelper& helper : batch.helpers) {
-        helper.run(context, *batch.gate, queue, firstTask);
+        std::vector<ImageProcessorHelper> outputs;
+        for (const OutputVersion& version : batch.versions)
+            outputs.emplace_back(helper.paths(), versionFolder(helper.outputDir(), batch.outputDir, version));
+        helper.run(outputs, contextList, *batch.gate, queue, firstTask);
         firstTask += helper.numFiles();
     }
 }

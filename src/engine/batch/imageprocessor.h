@@ -5,6 +5,7 @@
 #include "engine/batch/batchshell.h"
 #include "engine/batch/imageprocessorhelper.h"
 #include "naming/renamer.h"
+#include "settings/outputversion.h"
 #include "settings/processingrequest.h"
 #include "support/filesystem.h"
 
@@ -45,6 +46,13 @@ class ImageProcessor {
     // The batch works with a copy of the renamer taken here, so the scheme
     // may be edited while it runs.
     void processFiles(const QStringList& paths, const ProcessingRequest& request, const QString& outputDir,
+                      std::uint32_t creator, const BatchOptions& options);
+    // The same batch writing each picture once per version, each into its
+    // own folder inside `outputDir` or beside the others with its name
+    // suffix. Each version's tree is the one its batch alone would write
+    // there; every picture is read once, and decoded once for the versions
+    // that shrink it alike. Progress counts files, not versions.
+    void processFiles(const QStringList& paths, std::vector<OutputVersion> versions, const QString& outputDir,
                       std::uint32_t creator, const BatchOptions& options);
     // Blocks until the running batch (if any) has finished.
     void waitForFinished();

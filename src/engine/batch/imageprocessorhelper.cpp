@@ -12,6 +12,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <algorithm>
+
 namespace quillet {
 
 namespace {
@@ -36,55 +38,99 @@ QString ImageProcessorHelper::stoppedLine(const QString& outputDir, const QStrin
 ImageProcessorHelper::ImageProcessorHelper(QStringList paths, QString outputDir)
     : m_paths(std::move(paths)), m_outputDir(std::move(outputDir)) {}
 
-void ImageProcessorHelper::run(BatchContext& context, BatchGate& gate, BatchRenderQueue& queue,
-                               int firstTask) {
-    if (!context.fileSystem.makePath(m_outputDir)) {
-        m_error = BatchError{BatchError::Code::FolderNotCreated, m_outputDir};
-        return;
+void ImageProcessorHelper::run(std::vector<ImageProcessorHelper>& outputs,
+                               const std::vector<BatchContext*>& contexts, BatchGate& gate,
+                               BatchRenderQueue& queue, int firstTask) {
+    std::vector<bool> going(outputs.size());
+    for (size_t v = 0; v < outputs.size(); ++v) {
+        ImageProcessorHelper& output = outputs[v];
+        output.m_numFilesProcessed = 0;
+        going[v] = contexts[v]->fileSystem.makePath(output.m_outputDir);
+        if (!going[v])
+            output.m_error = BatchError{BatchError::Code::FolderNotCreated, output.m_outputDir};
     }
-    m_numFilesProcessed = 0;
-    int index = 0;
+    const BatchContext& context = *contexts.front();
+    std::vector<int> indexes(outputs.size(), 0);
     for (int i = 0; i < m_paths.size(); ++i) {
-        if (!gate.pass())
+        if (std::none_of(going.cbegin(), going.cend(), [](bool g) { return g; }) || !gate.pass())
             break;
-        m_error.reset();
         const QString& path = m_paths[i];
-        std::optional<vips::VImage> thumbnail;
-        int result = NotAPicture;
+        std::vector<RenderedFile> rendered;
         try {
-            RenderedFile rendered = queue.take(firstTask + i);
-            result = commitFile(rendered, index, context, m_outputDir, &thumbnail);
-        } catch (const WriteException&) {
-            m_error = BatchError{BatchError::Code::WriteFailed, m_failedFolder};
-            return;
+            rendered = queue.take(firstTask + i);
         } catch (const std::exception& e) {
-            // Anything else ends the worker as a write error does, but with
-            // no sheet: the log says which file stopped it and why.
             context.shell.writeWarningActivity(stoppedLine(m_outputDir, path, e));
-            return;
+            break;
         }
+        std::optional<vips::VImage> thumbnail;
+        std::vector<int> results(outputs.size(), NotWritten);
+        bool handled = false;
+        for (size_t v = 0; v < outputs.size(); ++v) {
+            if (going[v])
+                going[v] =
+                    outputs[v].commitVersion(rendered[v], indexes[v], *contexts[v], thumbnail, results[v]);
+            handled = handled || going[v];
+        }
+        // Every version ended at this file: no status line for it.
+        if (!handled)
+            break;
+
         const QString name = QFileInfo(path).fileName();
-        QString status;
-        if (result == Written) {
+        QString status = QStringLiteral("Skipping '%1'").arg(name);
+        const auto any = [&](auto test) {
+            for (size_t v = 0; v < outputs.size(); ++v)
+                if (going[v] && test(results[v]))
+                    return true;
+            return false;
+        };
+        if (any([](int r) { return r == Written; })) {
             status = QStringLiteral("Processing '%1'").arg(name);
-            ++index;
-        } else if (result == NotWritten) {
-            status = QStringLiteral("Skipping '%1'").arg(name);
-        } else {
-            status = QStringLiteral("Skipping '%1'").arg(name);
+        } else if (!any([](int r) { return r == NotWritten; })) {
             if (context.options.copyNonImageFiles) {
                 // Only a file that is not there yet is copied; the copy's
                 // failure is ignored.
-                const QString destination = QDir(m_outputDir).filePath(name);
-                if (context.fileSystem.copyFile(path, destination) && context.fileWritten)
-                    context.fileWritten(destination);
+                for (size_t v = 0; v < outputs.size(); ++v) {
+                    const QString destination = QDir(outputs[v].m_outputDir).filePath(name);
+                    if (going[v] && contexts[v]->fileSystem.copyFile(path, destination) &&
+                        contexts[v]->fileWritten)
+                        contexts[v]->fileWritten(destination);
+                }
                 status = QStringLiteral("Copying '%1'").arg(name);
             }
             context.shell.writeActivity(status + QLatin1Char('\n'));
         }
         context.shell.setStatus(status, thumbnail);
-        ++m_numFilesProcessed;
     }
+    m_numFilesProcessed = 0;
+    for (const ImageProcessorHelper& output : outputs) {
+        m_numFilesProcessed = std::max(m_numFilesProcessed, output.m_numFilesProcessed);
+        if (output.m_error)
+            m_error = output.m_error;
+    }
+}
+
+bool ImageProcessorHelper::commitVersion(RenderedFile& rendered, int& index, BatchContext& context,
+                                         std::optional<vips::VImage>& thumbnail, int& result) {
+    m_error.reset();
+    std::optional<vips::VImage> shown;
+    try {
+        result = commitFile(rendered, index, context, m_outputDir, &shown);
+    } catch (const WriteException&) {
+        m_error = BatchError{BatchError::Code::WriteFailed, m_failedFolder};
+        return false;
+    } catch (const std::exception& e) {
+        // Anything else ends the worker as a write error does, but with
+        // no sheet: the log says which file stopped it and why.
+        context.shell.writeWarningActivity(stoppedLine(m_outputDir, rendered.path, e));
+        return false;
+    }
+    if (result == Written) {
+        ++index;
+        if (!thumbnail)
+            thumbnail = shown;
+    }
+    ++m_numFilesProcessed;
+    return true;
 }
 
 int ImageProcessorHelper::processFile(const QString& path, int index, BatchContext& context,
@@ -154,7 +200,8 @@ QString ImageProcessorHelper::writeImage(RenderedFile& rendered, int index, Batc
     // An unknown rename type names nothing; the input name is the safe choice.
     const QString name =
         context.renamer.nameFromInputName(base, rendered.info ? &*rendered.info : nullptr, index)
-            .value_or(base);
+            .value_or(base) +
+        context.nameSuffix;
     QString path = OutputNaming::outputPathForName(name, outputDir, format);
     if (context.renamer.renameType() == Renamer::Date) {
         for (int n = 1; QFileInfo::exists(path); ++n)

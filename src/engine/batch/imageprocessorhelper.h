@@ -9,6 +9,7 @@
 
 #include <optional>
 #include <stdexcept>
+#include <vector>
 
 namespace quillet {
 
@@ -34,10 +35,16 @@ class ImageProcessorHelper {
     // A bare worker for the single-file run: no files, no folder.
     ImageProcessorHelper() = default;
 
-    // Creates the output folder and handles every file in order, taking the
-    // rendered files from `queue` starting at task `firstTask`. Stops between
-    // files when the gate is cancelled, and at once on a write failure.
-    void run(BatchContext& context, BatchGate& gate, BatchRenderQueue& queue, int firstTask);
+    // Creates the output folders and handles every file of this level in
+    // order, taking the rendered files from `queue` starting at task
+    // `firstTask`. `outputs` holds a worker of these files for each version
+    // of the batch, with its own output folder and context in `contexts`;
+    // output v commits version v of each file. A write failure ends that
+    // version's worker at once, and the others go on. Stops between files
+    // when the gate is cancelled. This worker then counts the files the
+    // furthest version handled, and keeps the last version's error.
+    void run(std::vector<ImageProcessorHelper>& outputs, const std::vector<BatchContext*>& contexts,
+             BatchGate& gate, BatchRenderQueue& queue, int firstTask);
 
     // Renders and commits one file: returns a Result; raises WriteException.
     int processFile(const QString& path, int index, BatchContext& context, const QString& outputDir,
@@ -61,6 +68,9 @@ class ImageProcessorHelper {
     static QString stoppedLine(const QString& outputDir, const QString& path, const std::exception& e);
 
   private:
+    // Commits version v of a file; false when its worker has ended.
+    bool commitVersion(RenderedFile& rendered, int& index, BatchContext& context,
+                       std::optional<vips::VImage>& thumbnail, int& result);
     QString writeImage(RenderedFile& rendered, int index, BatchContext& context, const QString& outputDir);
     bool checkPathExists(const QString& path, BatchShell& shell);
     void setAttributes(const RenderedFile& rendered, const QString& outputPath, BatchContext& context) const;

@@ -12,8 +12,11 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
 #include <exception>
+#include <map>
 #include <optional>
+#include <utility>
 
 namespace quillet {
 
@@ -62,8 +65,41 @@ std::optional<Geometry::Processed> drawStreamed(const QString& path, const Pictu
     }
 }
 
+// The JPEG shrink on load and the block average after it for the drawn size.
+std::pair<int, int> decodeShrink(const PictureLoader::Header& header, const ProcessingRequest& request,
+                                 int orientation) {
+    const bool swap = isQuarterTurn(request.rotation, orientation);
+    const int width = swap ? header.height : header.width;
+    const int height = swap ? header.width : header.height;
+    const int shrink = header.isJpeg ? pipelineShrinkFactor(request.sizing, width, height) : 1;
+    return {shrink, pipelineBoxShrink(request.sizing, width, height, shrink)};
+}
+
 void finish(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, int orientation,
             std::optional<Geometry::Processed>& processed);
+
+void corrupted(RenderedFile& out) {
+    // The line below says it all; the decoder's complaints would only repeat it.
+    out.status = RenderedFile::Corrupted;
+    out.pictureLog.writeWarningActivity(
+        QStringLiteral("Unable to open '%1' - file may be corrupted\n").arg(QFileInfo(out.path).fileName()));
+}
+
+// finish, with a failure reported for this file (or version) alone; the
+// batch goes on with the next.
+void finishOrFail(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, int orientation,
+                  std::optional<Geometry::Processed>& processed) {
+    try {
+        finish(out, settings, loaded, orientation, processed);
+    } catch (const std::exception& e) {
+        vips_error_clear();
+        out.status = RenderedFile::Failed;
+        out.bytes.clear();
+        out.pictureLog.writeWarningActivity(
+            QStringLiteral("\tUnable to process '%1': %2\n")
+                .arg(QFileInfo(out.path).fileName(), QString::fromLocal8Bit(e.what()).trimmed()));
+    }
+}
 
 void render(RenderedFile& out, const RenderSettings& settings) {
     const ProcessingRequest& request = settings.request;
@@ -85,11 +121,7 @@ void render(RenderedFile& out, const RenderSettings& settings) {
     // twice the drawn size, and any reduction of the other formats, is
     // averaged away while the rows stream in, so a picture of any size is
     // held only at about the size it is drawn.
-    const bool swap = isQuarterTurn(rotation, orientation);
-    const int width = swap ? header->height : header->width;
-    const int height = swap ? header->width : header->height;
-    const int shrink = header->isJpeg ? pipelineShrinkFactor(request.sizing, width, height) : 1;
-    const int boxShrink = pipelineBoxShrink(request.sizing, width, height, shrink);
+    const auto [shrink, boxShrink] = decodeShrink(*header, request, orientation);
 
     std::optional<Geometry::Processed> processed;
     if (!turns(rotation, orientation))
@@ -102,10 +134,7 @@ void render(RenderedFile& out, const RenderSettings& settings) {
         if (loaded.status == PictureLoader::Status::NotAPicture)
             return;
         if (loaded.status == PictureLoader::Status::Corrupted) {
-            // The line below says it all; the decoder's complaints would only repeat it.
-            out.status = RenderedFile::Corrupted;
-            out.pictureLog.writeWarningActivity(
-                QStringLiteral("Unable to open '%1' - file may be corrupted\n").arg(file.fileName()));
+            corrupted(out);
             return;
         }
     }
@@ -114,17 +143,7 @@ void render(RenderedFile& out, const RenderSettings& settings) {
     if (settings.needsInfo)
         out.info = KVImageInfo::fromFile(out.path, true, false, &notes);
     notes.writeDamage(out.pictureLog, file.fileName());
-    try {
-        finish(out, settings, loaded.picture, orientation, processed);
-    } catch (const std::exception& e) {
-        // Reported for this file alone; the batch goes on with the next.
-        vips_error_clear();
-        out.status = RenderedFile::Failed;
-        out.bytes.clear();
-        out.pictureLog.writeWarningActivity(
-            QStringLiteral("\tUnable to process '%1': %2\n")
-                .arg(file.fileName(), QString::fromLocal8Bit(e.what()).trimmed()));
-    }
+    finishOrFail(out, settings, loaded.picture, orientation, processed);
 }
 
 // Geometry, colours, watermarks and encoding of a loaded picture, or of one
@@ -172,7 +191,89 @@ void finish(RenderedFile& out, const RenderSettings& settings, const Picture& lo
     }
 }
 
+// Every version of one file. Each decodes the picture into memory, as a
+// turned picture always is: streamed, it could feed one version only. The
+// pixels are those the streamed draw makes, so each version's bytes are
+// those of its batch alone.
+void renderEach(std::vector<RenderedFile>& outs, const std::vector<RenderSettings>& versions) {
+    const QString& path = outs.front().path;
+    const QFileInfo file(path);
+    if (!file.isFile())
+        return;
+    const auto header = PictureLoader::readHeader(path);
+    if (!header)
+        return;
+
+    MetadataNotes notes;
+    const DecoderWarnings warnings(notes);
+    const SourceMetadata source = SourceMetadata::read(path);
+    const bool anyAutomatic = std::any_of(versions.cbegin(), versions.cend(), [](const RenderSettings& s) {
+        return s.request.rotation == Rotation::Automatic;
+    });
+    const int tagged = anyAutomatic ? PipelineSteps::orientationOf(path, source, &notes) : 1;
+    const auto orientationFor = [tagged](const RenderSettings& s) {
+        return s.request.rotation == Rotation::Automatic ? tagged : 1;
+    };
+    // One decode per shrink: a version drawn from a decode shrunk otherwise
+    // than its own batch would shrink it would not be that batch's file.
+    std::map<std::pair<int, int>, PictureLoader::Result> decoded;
+    for (const RenderSettings& settings : versions) {
+        const auto shrink = decodeShrink(*header, settings.request, orientationFor(settings));
+        if (decoded.contains(shrink))
+            continue;
+        const auto [factor, box] = shrink;
+        PictureLoader::Result loaded = PictureLoader::load(path, *header, factor, box);
+        if (loaded.status == PictureLoader::Status::NotAPicture)
+            return;
+        decoded.emplace(shrink, std::move(loaded));
+    }
+    const bool needsInfo =
+        std::any_of(versions.cbegin(), versions.cend(), [](const RenderSettings& s) { return s.needsInfo; });
+    const std::optional<KVImageInfo> info =
+        needsInfo ? KVImageInfo::fromFile(path, true, false, &notes) : std::nullopt;
+
+    for (size_t v = 0; v < versions.size(); ++v) {
+        RenderedFile& out = outs[v];
+        const RenderSettings& settings = versions[v];
+        const int orientation = orientationFor(settings);
+        const PictureLoader::Result& loaded =
+            decoded.at(decodeShrink(*header, settings.request, orientation));
+        if (loaded.status == PictureLoader::Status::Corrupted) {
+            corrupted(out);
+            continue;
+        }
+        out.source = source;
+        out.status = RenderedFile::Rendered;
+        out.pictureLog.writeActivity(QStringLiteral("Processing '%1'\n").arg(file.fileName()));
+        if (settings.needsInfo)
+            out.info = info;
+        notes.writeDamage(out.pictureLog, file.fileName());
+        std::optional<Geometry::Processed> processed;
+        finishOrFail(out, settings, loaded.picture, orientation, processed);
+    }
+}
+
 } // namespace
+
+std::vector<RenderedFile> renderVersions(const QString& path, const std::vector<RenderSettings>& versions) {
+    if (versions.size() == 1)
+        return {renderFile(path, versions.front())};
+    std::vector<RenderedFile> outs(versions.size());
+    for (RenderedFile& out : outs)
+        out.path = path;
+    if (outs.empty())
+        return outs;
+    try {
+        renderEach(outs, versions);
+    } catch (const std::exception&) {
+        vips_error_clear();
+        for (RenderedFile& out : outs) {
+            out.bytes.clear();
+            out.thumbnail.reset();
+        }
+    }
+    return outs;
+}
 
 RenderedFile renderFile(const QString& path, const RenderSettings& settings) {
     RenderedFile out;

@@ -12,6 +12,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace quillet {
 
@@ -56,5 +57,12 @@ struct RenderSettings {
 // Loads the picture (shrunk on load when the result is at most half its size),
 // rotates, sizes, draws the watermarks and encodes. Never throws.
 RenderedFile renderFile(const QString& path, const RenderSettings& settings);
+
+// The pixel stage of one file for each version of a batch, in their order.
+// The header, metadata and record are read once, and the picture is decoded
+// once for all versions that decode it alike (the same shrink on load); each
+// result is what renderFile gives for that version alone, byte for byte. A
+// failure in one version leaves the others rendered. Never throws.
+std::vector<RenderedFile> renderVersions(const QString& path, const std::vector<RenderSettings>& versions);
 
 } // namespace quillet

@@ -15,7 +15,7 @@ struct CountingRender {
     std::atomic<int> running{0}, peak{0}, calls{0}, version{0};
     int delayMs = 0;
 
-    RenderedFile operator()(const QString& path) {
+    BatchRenderQueue::Rendered operator()(const QString& path) {
         const int now = ++running;
         for (int seen = peak.load(); now > seen && !peak.compare_exchange_weak(seen, now);) {
         }
@@ -25,7 +25,7 @@ struct CountingRender {
         RenderedFile file;
         file.path = path;
         file.bytes = QByteArray::number(version.load());
-        return file;
+        return {file};
     }
     BatchRenderQueue queue(int tasks, int threads) {
         QStringList paths;
@@ -44,7 +44,7 @@ TEST_P(RenderQueueTest, ResultsComeInTaskOrderWithAtMostOnePerThreadInWork) {
     {
         BatchRenderQueue queue = render.queue(20, GetParam());
         for (int i = 0; i < 20; ++i) {
-            EXPECT_EQ(queue.take(i).path, QStringLiteral("/f%1").arg(i));
+            EXPECT_EQ(queue.take(i).front().path, QStringLiteral("/f%1").arg(i));
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
         }
     }
@@ -60,8 +60,8 @@ TEST_P(RenderQueueTest, ResultMadeFromAReplacedInputIsRenderedAgain) {
     std::this_thread::sleep_for(std::chrono::milliseconds(50)); // let the threads render f1 and f2
     render.version = 1;
     queue.fileWritten("/f1");
-    EXPECT_EQ(queue.take(1).bytes, "1");
-    EXPECT_EQ(queue.take(2).path, "/f2");
+    EXPECT_EQ(queue.take(1).front().bytes, "1");
+    EXPECT_EQ(queue.take(2).front().path, "/f2");
 }
 
 INSTANTIATE_TEST_SUITE_P(Threads, RenderQueueTest, ::testing::Values(0, 1, 2, 4));

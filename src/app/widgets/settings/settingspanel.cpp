@@ -6,6 +6,7 @@
 #include "app/widgets/main/fileoptionsbox.h"
 #include "app/widgets/settings/renamepanel.h"
 #include "app/widgets/settings/settingscontrols.h"
+#include "app/widgets/settings/versionsbox.h"
 #include "app/widgets/settings/watermarkwindow.h"
 #include "app/widgets/sheets/sheets.h"
 #include "app/widgets/views/disclosurecontroller.h"
@@ -43,6 +44,8 @@ SettingsPanel::SettingsPanel(AppController& controller, AppModels& models, Sheet
     // Made after the buttons so that the tab order follows the reading order.
     m_fileOptions = new FileOptionsBox(models.defaults(), content);
     layout->addWidget(m_fileOptions);
+    m_versions = new VersionsBox(models.versions(), content);
+    layout->addWidget(m_versions);
     layout->addStretch(1);
     setWidget(content);
     // Turning the wheel over the column scrolls it; a control changes only
@@ -120,6 +123,7 @@ QSize SettingsPanel::minimumSizeHint() const {
 
 void SettingsPanel::refresh() {
     m_fileOptions->refresh();
+    m_versions->refresh();
     m_renameSummary->setText(m_models.renaming().summary());
 }
 

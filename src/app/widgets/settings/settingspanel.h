@@ -13,11 +13,12 @@ class Sheets;
 class FileOptionsBox;
 class RenamePanel;
 class SettingsControls;
+class VersionsBox;
 class WatermarkWindow;
 
 // The right-hand side of the main window: the settings controls, the
 // watermark and renaming buttons with the rename summary line, the creator
-// menu and the file options, scrolled when the window is too low for them.
+// menu, the file options and the versions, scrolled when the window is too low for them.
 // The content is never squeezed below a height the controls fit in.
 class SettingsPanel : public QScrollArea {
     Q_OBJECT
@@ -27,6 +28,7 @@ class SettingsPanel : public QScrollArea {
     SettingsPanel(AppController& controller, AppModels& models, Sheets& sheets, QWidget* parent = nullptr);
 
     SettingsControls* controls() const { return m_controls; }
+    VersionsBox* versions() const { return m_versions; }
     WatermarkWindow* watermarkWindow() const { return m_watermarks; }
     // Removes or restores the tool tips of every control here and in the
     // watermark window ("HideToolTips").
@@ -53,6 +55,7 @@ class SettingsPanel : public QScrollArea {
     // Made the first time it is shown, as a child of the window.
     QPointer<RenamePanel> m_renamePanel;
     FileOptionsBox* m_fileOptions = nullptr;
+    VersionsBox* m_versions = nullptr;
 };
 
 } // namespace quillet

@@ -1,0 +1,92 @@
+#include "app/guitest.h"
+#include "app/widgets/settings/versionsbox.h"
+#include "settings/presetstore.h"
+
+#include <QDirIterator>
+#include <QMenu>
+#include <QToolButton>
+#include <QTreeWidget>
+
+using namespace quillet;
+using namespace quillet::guitest;
+
+namespace {
+
+class VersionsBoxTest : public GuiTest {
+  protected:
+    void addPreset(const QString& name, int side, int format) {
+        PresetStore presets = PresetStore::load(models->store());
+        ProcessingParams preset = models->settings().record();
+        preset.setInt(ParamKey::Width, side);
+        preset.setInt(ParamKey::Height, side);
+        preset.setInt(ParamKey::FileFormat, format);
+        presets.addPreset(name, preset);
+        presets.save(models->store());
+    }
+    QStringList rows(const VersionsBox& box) const {
+        QStringList out;
+        for (int i = 0; i < box.list()->topLevelItemCount(); ++i) {
+            const QTreeWidgetItem* item = box.list()->topLevelItem(i);
+            out.append(item->text(0) + QLatin1Char('|') + item->text(1) + QLatin1Char('|') + item->text(2));
+        }
+        return out;
+    }
+    QStringList written() const {
+        QStringList found;
+        for (QDirIterator it(out, QDir::Files, QDirIterator::Subdirectories); it.hasNext();)
+            found.append(QDir(out).relativeFilePath(it.next()));
+        found.sort();
+        return found;
+    }
+};
+
+TEST_F(VersionsBoxTest, TheListAddsPresetsTakesSuffixesAndEveryBatchWritesEachVersion) {
+    addPreset(QStringLiteral("Web"), 8, FileFormat::Png);
+    addPreset(QStringLiteral("Thumb"), 4, FileFormat::Jpeg);
+    VersionsBox box(models->versions());
+    EXPECT_EQ(rows(box), QStringList{"Current settings||Into the destination"});
+    EXPECT_FALSE(box.findChild<QToolButton*>(QStringLiteral("removeVersionButton"))->isEnabled());
+
+    // The + menu offers the presets; the current settings are there already.
+    QMenu* menu = box.findChild<QToolButton*>(QStringLiteral("addVersionButton"))->menu();
+    Q_EMIT menu->aboutToShow();
+    ASSERT_EQ(menu->actions().size(), 2);
+    menu->actions().at(0)->trigger();
+    menu->actions().at(1)->trigger();
+    box.list()->topLevelItem(2)->setText(1, QStringLiteral("_t"));
+    EXPECT_EQ(rows(box), (QStringList{"Current settings||Into the destination", "Web||Into the folder 'Web'",
+                                      "Thumb|_t|Names ending in '_t'"}));
+    EXPECT_EQ(models->defaults().stringList(QStringLiteral("OutputVersions")),
+              (QStringList{"*", "Web", "Thumb:_t"}));
+
+    makePictures(in(), 2, 32);
+    ASSERT_TRUE(runBatch({in()}));
+    EXPECT_EQ(written(), (QStringList{"Web/in/pic00.png", "Web/in/pic01.png", "in/pic00.jpg",
+                                      "in/pic00_t.jpg", "in/pic01.jpg", "in/pic01_t.jpg"}));
+    EXPECT_EQ(controller->status(), "Processing Completed (2 files processed)");
+
+    // Back to one version: the store holds nothing again.
+    box.list()->setCurrentItem(box.list()->topLevelItem(1));
+    box.findChild<QToolButton*>(QStringLiteral("removeVersionButton"))->click();
+    box.list()->setCurrentItem(box.list()->topLevelItem(1));
+    box.findChild<QToolButton*>(QStringLiteral("removeVersionButton"))->click();
+    EXPECT_EQ(rows(box), QStringList{"Current settings||Into the destination"});
+    EXPECT_TRUE(models->defaults().stringList(QStringLiteral("OutputVersions")).isEmpty());
+}
+
+TEST_F(VersionsBoxTest, AVersionWhosePresetIsGoneStopsTheBatchBeforeAnyFile) {
+    addPreset(QStringLiteral("Web"), 8, FileFormat::Png);
+    models->versions().add(QStringLiteral("Web"));
+    models->versions().add(QStringLiteral("Gone"));
+    VersionsBox box(models->versions());
+    EXPECT_EQ(box.list()->topLevelItem(2)->text(2), QStringLiteral("No preset of this name"));
+
+    makePictures(in(), 2);
+    sheets.setNextAnswer(1);
+    controller->processFiles({in()});
+    EXPECT_EQ(asked, QStringList{"Versions"});
+    EXPECT_FALSE(controller->isBatchRunning());
+    EXPECT_FALSE(QFileInfo::exists(out));
+}
+
+} // namespace
