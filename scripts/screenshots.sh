@@ -122,6 +122,7 @@ still Watermarks "$shots/watermarks.png" \
 still 'Output File Names' "$shots/rename-panel.png" "SelectedRename=3\nRenamePrefix=trip-" --show rename
 still Quillet "$shots/main-window-dark.png" "ScaleType=4\n$sizes\nFileFormat=102" --dark
 still Quillet "$shots/format-menu.png" "ScaleType=4\n$sizes" --show formats
+still Quillet "$shots/metadata-menu.png" "ScaleType=4\n$sizes\nMetadataPolicy=1" --show metadata
 mkdir -p "$work/preview"
 cp samples/*.jpg samples/phone/*.jpg "$work/preview/"
 # The pictures are opened, so a batch runs first; the preview follows the drop.

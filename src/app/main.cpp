@@ -34,8 +34,8 @@ const char usage[] = "Usage: quillet-gui [--settings FILE] [--dark] [--show PANE
                      "  --settings FILE   use FILE (INI) as the settings store; the environment\n"
                      "                    variable QUILLET_SETTINGS does the same\n"
                      "  --dark            use a dark palette whatever the desktop's theme\n"
-                     "  --show PANEL      open the 'watermarks' window, the 'rename' panel or the\n"
-                     "                    'formats' menu at start\n"
+                     "  --show PANEL      open the 'watermarks' window, the 'rename' panel, the\n"
+                     "                    'formats' menu or the 'metadata' menu at start\n"
                      "  -h, --help        show this help\n"
                      "  --version         show the version\n";
 
@@ -95,9 +95,11 @@ int earlyExit(int argc, char* argv[]) {
                 return 2;
             }
             if (arg == QLatin1String("--show") && value != QLatin1String("watermarks") &&
-                value != QLatin1String("rename") && value != QLatin1String("formats")) {
-                std::fprintf(stderr, "quillet-gui: --show takes 'watermarks', 'rename' or 'formats'\n\n%s",
-                             usage);
+                value != QLatin1String("rename") && value != QLatin1String("formats") &&
+                value != QLatin1String("metadata")) {
+                std::fprintf(
+                    stderr, "quillet-gui: --show takes 'watermarks', 'rename', 'formats' or 'metadata'\n\n%s",
+                    usage);
                 return 2;
             }
         }
@@ -185,6 +187,9 @@ int main(int argc, char* argv[]) {
         else if (panel == QLatin1String("formats"))
             QTimer::singleShot(0, &window,
                                [&window] { window.settingsPanel()->controls()->showFormatMenu(); });
+        else if (panel == QLatin1String("metadata"))
+            QTimer::singleShot(0, &window,
+                               [&window] { window.settingsPanel()->controls()->showMetadataMenu(); });
         // Everything named on the command line forms one batch.
         for (const QString& path : paths)
             controller.openFile(path);

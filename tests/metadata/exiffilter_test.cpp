@@ -7,6 +7,8 @@
 
 #include "metadata/exifeditor.h"
 #include "metadata/exiffilter.h"
+#include "metadata/jpegsegmentlist.h"
+#include "testsupport.h"
 
 #include <QTemporaryDir>
 
@@ -169,6 +171,32 @@ TEST(ExifFilter, HostileBlocksAreDroppedOrSurvived) {
     for (const MetadataPolicy policy :
          {MetadataPolicy::NoLocation, MetadataPolicy::Minimal, MetadataPolicy::None})
         EXPECT_LE(ExifFilter::filter(looping, policy).tiff.size(), looping.size());
+}
+
+// Real maker notes of two layouts: Olympus's, whose serials sit in a
+// sub-directory with offsets from the note, and Panasonic's, with offsets
+// from the TIFF header.
+TEST(ExifFilter, CameraMakerNotesLoseTheirSerials) {
+    const std::pair<const char*, QList<QByteArray>> cameras[] = {
+        {"corrupted.jpg", {"F70501740", "0199802105663001"}}, {"Panasonic_DMC-FZ30.jpg", {"S010604030293"}}};
+    for (const auto& [name, serials] : cameras) {
+        SCOPED_TRACE(name);
+        const QString path = testsupport::samplePath(QLatin1String(name));
+        if (path.isEmpty())
+            GTEST_SKIP() << "sample pictures not found (../shared/samples/photos is absent)";
+        const std::optional<JpegSegmentList> list = JpegSegmentList::readHeader(path);
+        ASSERT_TRUE(list);
+        const qsizetype at = list->find(0xE1, JpegSegmentList::ExifSignature);
+        ASSERT_GE(at, 0);
+        const QByteArray block = list->segments()[at].payload.mid(JpegSegmentList::ExifSignature.size());
+        for (const QByteArray& serial : serials)
+            ASSERT_TRUE(block.contains(serial));
+        const ExifFilter::Result out = ExifFilter::filter(block, MetadataPolicy::NoLocation);
+        for (const QByteArray& serial : serials)
+            EXPECT_FALSE(out.tiff.contains(serial)) << serial.constData();
+        EXPECT_EQ(out.removed.identifying, serials.size());
+        EXPECT_EQ(out.tiff.size(), block.size());
+    }
 }
 
 } // namespace

@@ -72,7 +72,13 @@ void ImageProcessorHelper::run(BatchContext& context, BatchGate& gate, BatchRend
             status = QStringLiteral("Skipping '%1'").arg(name);
         } else {
             status = QStringLiteral("Skipping '%1'").arg(name);
-            if (context.options.copyNonImageFiles) {
+            // A picture that did not open still carries all its metadata.
+            const bool withheld = result == RenderedFile::Corrupted &&
+                                  context.render.request.output.metadata != MetadataPolicy::Keep;
+            if (context.options.copyNonImageFiles && withheld) {
+                context.shell.writeWarningActivity(
+                    QStringLiteral("\tNot copied: its metadata cannot be removed\n"));
+            } else if (context.options.copyNonImageFiles) {
                 // Only a file that is not there yet is copied; the copy's
                 // failure is ignored.
                 const QString destination = QDir(m_outputDir).filePath(name);
@@ -113,9 +119,20 @@ int ImageProcessorHelper::commitFile(RenderedFile& rendered, int index, BatchCon
     // WebP, AVIF and JPEG XL got the metadata from their encoder; an input
     // kept as it was has its own.
     const bool keepsHeader = request.output.keepsHeader() && !rendered.keptOriginal;
+    const MetadataPolicy policy = request.output.metadata;
     if (keepsHeader && FileFormat::isModern(request.output.format) && !rendered.source.exif.isEmpty())
         context.shell.writeActivity(QStringLiteral("\tEXIF copied\n"));
-    if (keepsHeader && request.output.format == FileFormat::Jpeg) {
+    if (keepsHeader && request.output.format == FileFormat::Jpeg && policy != MetadataPolicy::Keep) {
+        // Nothing is left to copy under None; the encoder wrote the resolution.
+        if (policy != MetadataPolicy::None) {
+            MetadataNotes notes;
+            OutputMetadata::preserve(rendered.path, rendered.source, outputPath, request.output.dpi(),
+                                     rendered.autoRotated, context.fileSystem, &notes, policy);
+            notes.writeDamage(context.shell, QFileInfo(rendered.path).fileName());
+            if (!rendered.source.exif.isEmpty())
+                context.shell.writeActivity(QStringLiteral("\tEXIF copied\n"));
+        }
+    } else if (keepsHeader && request.output.format == FileFormat::Jpeg) {
         MetadataNotes notes;
         const int copied =
             OutputMetadata::preserve(rendered.path, rendered.source, outputPath, request.output.dpi(),
@@ -130,6 +147,11 @@ int ImageProcessorHelper::commitFile(RenderedFile& rendered, int index, BatchCon
         // The pixels are upright now; a copied orientation would turn them again.
         if (rendered.autoRotated)
             KVImageInfo::setOrientation(1, outputPath, context.fileSystem);
+    }
+    if (policy != MetadataPolicy::Keep && !rendered.keptOriginal) {
+        const QString removed = rendered.metadataRemoved.summary();
+        context.shell.writeActivity(QStringLiteral("\tMetadata removed: %1\n")
+                                        .arg(removed.isEmpty() ? QStringLiteral("nothing") : removed));
     }
     setAttributes(rendered, outputPath, context);
     if (thumbnailOut)

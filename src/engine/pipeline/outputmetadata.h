@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/pipeline/sourcemetadata.h"
+#include "metadata/metadatapolicy.h"
 #include "support/filesystem.h"
 
 #include <QString>
@@ -18,8 +19,12 @@ namespace OutputMetadata {
 // `resolution` dpi. With `uprightPixels` (turned by the batch or by the
 // decoder) the copied orientation becomes 1, in the EXIF and in the XMP.
 // Returns 1 when EXIF was written into the output, as the JPEG transfer does.
+// With any policy but Keep, `metadata` holds what the policy leaves, and
+// that is all the output gets: a JPEG input's sections are not copied, only
+// its first comment, which NoLocation keeps.
 int preserve(const QString& source, const SourceMetadata& metadata, const QString& output, int resolution,
-             bool uprightPixels, FileSystem& fileSystem, MetadataNotes* notes);
+             bool uprightPixels, FileSystem& fileSystem, MetadataNotes* notes,
+             MetadataPolicy policy = MetadataPolicy::Keep);
 
 // The bytes with the JFIF and EXIF resolutions set to `resolution` dpi, and
 // the EXIF and XMP orientations reset to 1 when `resetOrientation` asks; the

@@ -4,10 +4,12 @@
 #include "engine/geometry/geometry.h"
 #include "engine/pipeline/colourprofile.h"
 #include "engine/pipeline/decoderwarnings.h"
+#include "engine/pipeline/metadatastrip.h"
 #include "engine/pipeline/pictureloader.h"
 #include "engine/pipeline/pipelineshrink.h"
 #include "engine/pipeline/pipelinesteps.h"
 
+#include "metadata/exifeditor.h"
 #include "metadata/metadatanotes.h"
 
 #include <QFileInfo>
@@ -62,8 +64,17 @@ std::optional<Geometry::Processed> drawStreamed(const QString& path, const Pictu
     }
 }
 
-void finish(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, int orientation,
-            std::optional<Geometry::Processed>& processed);
+void finish(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, int rotation,
+            int orientation, std::optional<Geometry::Processed>& processed);
+
+// The orientation a viewer goes by: the first directory's, in the EXIF of a
+// JPEG, or what another format's decoder read.
+int shownOrientation(const SourceMetadata& source) {
+    const int orientation = source.isJpeg
+                                ? int(ExifEditor(source.exif).shortValue(ExifEditor::TagOrientation))
+                                : source.orientation;
+    return orientation >= 1 && orientation <= 8 && !source.decodedUpright ? orientation : 1;
+}
 
 void render(RenderedFile& out, const RenderSettings& settings) {
     const ProcessingRequest& request = settings.request;
@@ -78,9 +89,19 @@ void render(RenderedFile& out, const RenderSettings& settings) {
     MetadataNotes notes;
     const DecoderWarnings warnings(notes);
     out.source = SourceMetadata::read(out.path);
-    const int rotation = request.rotation;
-    const int orientation =
-        rotation == Rotation::Automatic ? PipelineSteps::orientationOf(out.path, out.source, &notes) : 1;
+    const MetadataPolicy policy = request.output.metadata;
+    // An output without metadata has no orientation to be shown by: its
+    // pixels are turned upright instead, unless a turn was asked for. They
+    // are turned as viewers show them, by the main picture's orientation.
+    const bool upright = policy == MetadataPolicy::None && request.rotation == Rotation::None;
+    const int shown = upright ? shownOrientation(out.source) : 1;
+    if (request.output.keepsHeader())
+        out.metadataRemoved = MetadataStrip::apply(out.source, policy);
+    const int rotation = upright ? int(Rotation::Automatic) : request.rotation;
+    const int orientation = upright ? shown
+                            : rotation == Rotation::Automatic
+                                ? PipelineSteps::orientationOf(out.path, out.source, &notes)
+                                : 1;
     // The decoder shrinks JPEG by up to 8; whatever reduction is left beyond
     // twice the drawn size, and any reduction of the other formats, is
     // averaged away while the rows stream in, so a picture of any size is
@@ -115,7 +136,7 @@ void render(RenderedFile& out, const RenderSettings& settings) {
         out.info = KVImageInfo::fromFile(out.path, true, false, &notes);
     notes.writeDamage(out.pictureLog, file.fileName());
     try {
-        finish(out, settings, loaded.picture, orientation, processed);
+        finish(out, settings, loaded.picture, rotation, orientation, processed);
     } catch (const std::exception& e) {
         // Reported for this file alone; the batch goes on with the next.
         vips_error_clear();
@@ -129,12 +150,12 @@ void render(RenderedFile& out, const RenderSettings& settings) {
 
 // Geometry, colours, watermarks and encoding of a loaded picture, or of one
 // already drawn from the decoder.
-void finish(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, int orientation,
-            std::optional<Geometry::Processed>& processed) {
+void finish(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, int rotation,
+            int orientation, std::optional<Geometry::Processed>& processed) {
     const ProcessingRequest& request = settings.request;
     if (!processed)
         processed = Geometry::processImage(
-            loaded, [orientation] { return orientation; }, request.rotation, request.sizing,
+            loaded, [orientation] { return orientation; }, rotation, request.sizing,
             request.output.canvasBackground());
     Picture& picture = processed->picture;
     out.autoRotated = processed->autoRotated;
@@ -150,16 +171,25 @@ void finish(RenderedFile& out, const RenderSettings& settings, const Picture& lo
             vips_error_clear();
         }
     }
-    const QByteArray profile = request.output.convertToSrgb
-                                   ? ColourProfile::convertToSrgb(picture, out.source.iccProfile)
-                                   : out.source.iccProfile;
+    // Without a profile a picture is shown as sRGB, so one that goes is
+    // converted first and its colours stay as they were.
+    const bool dropsProfile = request.output.metadata == MetadataPolicy::None;
+    QByteArray profile = request.output.convertToSrgb || dropsProfile
+                             ? ColourProfile::convertToSrgb(picture, out.source.iccProfile)
+                             : out.source.iccProfile;
+    if (dropsProfile && !profile.isEmpty()) {
+        profile.clear();
+        out.metadataRemoved.profile = true;
+    }
     out.textSizeCapped = PipelineSteps::drawWatermarks(picture, request, settings.watermark,
                                                        out.info ? &*out.info : nullptr, out.pictureLog);
     out.width = picture.image.width();
     out.height = picture.image.height();
     out.bytes = PipelineSteps::encode(picture, request, out.encoderLog, profile, out.source,
                                       processed->autoRotated, &out.jpegQuality);
-    if (request.output.keepSmallerOriginal && !out.bytes.isEmpty()) {
+    // The input's bytes carry all its metadata, whatever the policy.
+    if (request.output.keepSmallerOriginal && request.output.metadata == MetadataPolicy::Keep &&
+        !out.bytes.isEmpty()) {
         if (std::optional<QByteArray> original =
                 SmallerOriginal::ifSmaller(out.path, request.output.format, out.bytes.size())) {
             out.encoderLog.writeActivity(QStringLiteral("\tKept the original (%1 bytes): the output would be "

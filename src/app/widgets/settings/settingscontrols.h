@@ -29,6 +29,8 @@ class SettingsControls : public QWidget {
     void setToolTipsHidden(bool hidden);
     // Opens the output format menu, as a click on it does.
     void showFormatMenu();
+    // Opens the menu of what the output keeps of the metadata.
+    void showMetadataMenu();
 
   Q_SIGNALS:
     // The user chose automatic rotation from the menu (the hint may follow).
@@ -56,6 +58,7 @@ class SettingsControls : public QWidget {
     QCheckBox* m_sizeLimitOn = nullptr;
     KVStepper* m_sizeLimit = nullptr;
     QCheckBox* m_preserveHeader = nullptr;
+    QComboBox* m_metadata = nullptr; // what of the input's metadata the output keeps
     QCheckBox* m_convertToSrgb = nullptr;
     QCheckBox* m_preserveTransparency = nullptr;
     // WebP, AVIF and JPEG XL share the JPEG page, with these two boxes shown.
