@@ -11,6 +11,8 @@
 #   main-window-dark.png  the main window in a dark palette
 #   preview-pane.png    the main window with the preview of the samples
 #   format-menu.png     the main window with the output format menu open
+#   metadata-choice.png the main window with a metadata policy beside "Keep EXIF data"
+#   metadata-menu.png   the main window with the metadata menu open
 set -euo pipefail
 [ -n "${QUILLET_TRACE:-}" ] && set -x
 cd "$(dirname "$0")/.."
@@ -122,6 +124,7 @@ still Watermarks "$shots/watermarks.png" \
 still 'Output File Names' "$shots/rename-panel.png" "SelectedRename=3\nRenamePrefix=trip-" --show rename
 still Quillet "$shots/main-window-dark.png" "ScaleType=4\n$sizes\nFileFormat=102" --dark
 still Quillet "$shots/format-menu.png" "ScaleType=4\n$sizes" --show formats
+still Quillet "$shots/metadata-choice.png" "ScaleType=4\n$sizes\nMetadataPolicy=1"
 still Quillet "$shots/metadata-menu.png" "ScaleType=4\n$sizes\nMetadataPolicy=1" --show metadata
 mkdir -p "$work/preview"
 cp samples/*.jpg samples/phone/*.jpg "$work/preview/"
