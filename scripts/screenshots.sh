@@ -23,6 +23,8 @@
 #                       else samples/)
 #   inplace-<tab>.png   the in-place panel on its rotation, dates and icons tabs
 #   versions.png        the main window with three versions in the settings column
+#   metadata-choice.png the main window with a metadata policy beside "Keep EXIF data"
+#   metadata-menu.png   the main window with the metadata menu open
 set -euo pipefail
 [ -n "${QUILLET_TRACE:-}" ] && set -x
 cd "$(dirname "$0")/.."
@@ -158,6 +160,8 @@ unset PRESETS
 still Preferences "$shots/preferences.png" "SingleFile=1\nHideOnDeactivate=true" --show preferences
 still 'About Quillet' "$shots/about-box.png" "" --show about
 still Quillet "$shots/scaling-folded.png" "ScaleType=4\n$sizes\nScaleOptionsExpanded=false"
+still Quillet "$shots/metadata-choice.png" "ScaleType=4\n$sizes\nMetadataPolicy=1"
+still Quillet "$shots/metadata-menu.png" "ScaleType=4\n$sizes\nMetadataPolicy=1" --show metadata
 mkdir -p "$work/preview"
 cp samples/*.jpg samples/phone/*.jpg "$work/preview/"
 # The pictures are opened, so a batch runs first; the preview follows the drop.

@@ -3,8 +3,8 @@
 #include "app/models/batchnotifier.h"
 #include "app/models/desktopservices.h"
 #include "app/models/singleinstance.h"
-#include "app/widgets/inspector/inspectorwindow.h"
 #include "app/widgets/inplace/inplacewindow.h"
+#include "app/widgets/inspector/inspectorwindow.h"
 #include "app/widgets/main/mainwindow.h"
 #include "app/widgets/presets/presetbar.h"
 #include "app/widgets/settings/settingscontrols.h"
@@ -43,7 +43,8 @@ const char usage[] = "Usage: quillet-gui [--settings FILE] [--dark] [--show PANE
                      "                    the 'preferences', the 'about' box, the 'inspector', or the\n"
                      "                    in-place panel on its 'rotation', 'dates' or 'icons' tab at\n"
                      "                    start; with 'inspector' the PATHs are listed there, not\n"
-                     "                    processed; 'versions' scrolls to the versions list\n"
+                     "                    processed; 'versions' scrolls to the versions list;\n"
+                     "                    'metadata' opens the metadata menu\n"
                      "  -h, --help        show this help\n"
                      "  --version         show the version\n";
 
@@ -102,17 +103,17 @@ int earlyExit(int argc, char* argv[]) {
                 std::fprintf(stderr, "quillet-gui: --settings needs a file\n\n%s", usage);
                 return 2;
             }
-            const QStringList panels{QStringLiteral("watermarks"), QStringLiteral("rename"),
-                                     QStringLiteral("formats"), QStringLiteral("presets"),
-                                     QStringLiteral("preset-manager"), QStringLiteral("preferences"),
-                                     QStringLiteral("about"), QStringLiteral("inspector"),
-                                     QStringLiteral("rotation"), QStringLiteral("dates"), QStringLiteral("icons"),
-                                     QStringLiteral("versions")};
+            const QStringList panels{
+                QStringLiteral("watermarks"), QStringLiteral("rename"),         QStringLiteral("formats"),
+                QStringLiteral("presets"),    QStringLiteral("preset-manager"), QStringLiteral("preferences"),
+                QStringLiteral("about"),      QStringLiteral("inspector"),      QStringLiteral("rotation"),
+                QStringLiteral("dates"),      QStringLiteral("icons"),          QStringLiteral("versions"),
+                QStringLiteral("metadata")};
             if (arg == QLatin1String("--show") && !panels.contains(value)) {
                 std::fprintf(stderr,
                              "quillet-gui: --show takes 'watermarks', 'rename', 'formats', 'presets', "
                              "'preset-manager', 'preferences', 'about', 'inspector', 'rotation', 'dates', "
-                             "'icons' or 'versions'\n\n%s",
+                             "'icons', 'versions' or 'metadata'\n\n%s",
                              usage);
                 return 2;
             }
@@ -219,6 +220,9 @@ int main(int argc, char* argv[]) {
                 SettingsPanel* settings = window.settingsPanel();
                 settings->ensureWidgetVisible(settings->versions());
             });
+        else if (panel == QLatin1String("metadata"))
+            QTimer::singleShot(0, &window,
+                               [&window] { window.settingsPanel()->controls()->showMetadataMenu(); });
         if (panel == QLatin1String("inspector")) {
             QTimer::singleShot(0, &window, [&window] { window.inspector()->setOpen(true); });
             models.inspector().addFiles(paths);

@@ -241,6 +241,9 @@ bool Parser::option(const QString& name) {
     }
     if (name == QLatin1String("--keep-exif") || name == QLatin1String("--no-keep-exif"))
         return setBool(ParamKey::PreserveHeader, name == QLatin1String("--keep-exif"));
+    if (name == QLatin1String("--metadata"))
+        return choice(name, ParamKey::MetadataPolicy,
+                      [&](int code) { p.setInt(ParamKey::MetadataPolicy, code); });
     if (name == QLatin1String("--srgb") || name == QLatin1String("--no-srgb"))
         return setBool(ParamKey::ConvertToSRGB, name == QLatin1String("--srgb"));
     if (name == QLatin1String("--keep-transparency") || name == QLatin1String("--no-keep-transparency"))
@@ -502,6 +505,10 @@ QString processUsage() {
         "  --keep-smaller | --no-keep-smaller   copy the input instead when an output in its\n"
         "                             format would be larger\n"
         "  --keep-exif | --no-keep-exif\n"
+        "  --metadata {MetadataPolicy}\n"
+        "                             what the output keeps: everything; all but location and\n"
+        "                             serial numbers; orientation, date, copyright, profile;\n"
+        "                             nothing (colours converted to sRGB)\n"
         "  --srgb | --no-srgb         convert colours to sRGB instead of keeping the profile\n"
         "  --keep-transparency | --no-keep-transparency\n"
         "  --background COLOR         #rrggbb[aa], white, black, transparent\n"

@@ -28,6 +28,7 @@ inline constexpr char SizeLimit[] = "SizeLimit";
 inline constexpr char PreserveHeader[] = "PreserveHeader";
 inline constexpr char PreserveTransparency[] = "PreserveTransparency";
 inline constexpr char ConvertToSRGB[] = "ConvertToSRGB";
+inline constexpr char MetadataPolicy[] = "MetadataPolicy";
 inline constexpr char LosslessOutput[] = "LosslessOutput";
 inline constexpr char ShrinkToFit[] = "ShrinkToFit";
 inline constexpr char KeepSmallerOriginal[] = "KeepSmallerOriginal";

@@ -32,6 +32,7 @@ OutputSettings readOutput(const ProcessingParams& p) {
     o.preserveHeader = p.boolValue(K::PreserveHeader);
     o.preserveTransparency = p.boolValue(K::PreserveTransparency);
     o.convertToSrgb = p.boolValue(K::ConvertToSRGB);
+    o.metadata = metadataPolicyFromCode(p.intValue(K::MetadataPolicy));
     o.lossless = p.boolValue(K::LosslessOutput);
     o.shrinkToFit = p.boolValue(K::ShrinkToFit);
     o.keepSmallerOriginal = p.boolValue(K::KeepSmallerOriginal);
@@ -97,6 +98,7 @@ ProcessingParams ProcessingRequest::toRecord() const {
     p.setInt(K::SizeLimit, output.sizeLimit);
     p.setBool(K::PreserveHeader, output.preserveHeader);
     p.setBool(K::ConvertToSRGB, output.convertToSrgb);
+    p.setInt(K::MetadataPolicy, int(output.metadata));
     p.setBool(K::LosslessOutput, output.lossless);
     p.setBool(K::ShrinkToFit, output.shrinkToFit);
     p.setBool(K::KeepSmallerOriginal, output.keepSmallerOriginal);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "metadata/metadatapolicy.h"
 #include "settings/processingparams.h"
 #include "settings/rgbacolor.h"
 
@@ -39,6 +40,8 @@ struct OutputSettings {
     bool preserveTransparency = false;
     // Convert the pixels to sRGB instead of keeping the input's colour profile.
     bool convertToSrgb = false;
+    // What of the input's metadata the output keeps.
+    MetadataPolicy metadata = MetadataPolicy::Keep;
     // WebP and JPEG XL written without loss (the quality then goes unused).
     bool lossless = false;
     // When the quality search ends above the size limit, the picture is made

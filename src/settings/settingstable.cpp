@@ -87,6 +87,10 @@ const Choices fileFormats = {
     {FileFormat::Jpeg, "JPEG", {"jpeg", "jpg"}}, {FileFormat::Png, "PNG", {"png"}},
     {FileFormat::Tiff, "TIFF", {"tiff", "tif"}}, {FileFormat::WebP, "WebP", {"webp"}},
     {FileFormat::Avif, "AVIF", {"avif"}},        {FileFormat::JpegXl, "JPEG XL", {"jxl"}}};
+const Choices metadataPolicies = {{0, "Keep everything", {"keep"}},
+                                  {1, "Remove location and serial numbers", {"no-location"}},
+                                  {2, "Only orientation, date, copyright, profile", {"minimal"}},
+                                  {3, "Nothing at all", {"none"}}};
 const Choices locations = {{0, "Nowhere", {}},    {1, "Bottom left", {}}, {2, "Bottom right", {}},
                            {3, "Top left", {}},   {4, "Top right", {}},   {5, "Bottom centre", {}},
                            {6, "Top centre", {}}, {7, "Centre", {}}};
@@ -154,6 +158,8 @@ QList<SettingKey> settingsTable() {
         Row(K::PreserveHeader, T::Bool, G::Processing).registered(true),
         Row(K::PreserveTransparency, T::Bool, G::Processing).registered(false),
         Row(K::ConvertToSRGB, T::Bool, G::Processing).registered(false),
+        // Keep everything: what every output got before there was a choice.
+        Row(K::MetadataPolicy, T::Int, G::Processing).choices(metadataPolicies).registered(0),
         // Off, the defaults of records saved before they existed.
         Row(K::LosslessOutput, T::Bool, G::Processing).registered(false),
         Row(K::ShrinkToFit, T::Bool, G::Processing).registered(false),

@@ -88,14 +88,28 @@ void ImageProcessorHelper::run(std::vector<ImageProcessorHelper>& outputs,
         } else if (!any([](int r) { return r == NotWritten; })) {
             if (context.options.copyNonImageFiles) {
                 // Only a file that is not there yet is copied; the copy's
-                // failure is ignored.
+                // failure is ignored. A picture that did not open still
+                // carries all its metadata: a version that removes some
+                // does not get it.
+                bool copied = false, withheld = false;
                 for (size_t v = 0; v < outputs.size(); ++v) {
+                    if (!going[v])
+                        continue;
+                    if (results[v] == RenderedFile::Corrupted &&
+                        contexts[v]->render.request.output.metadata != MetadataPolicy::Keep) {
+                        withheld = true;
+                        continue;
+                    }
                     const QString destination = QDir(outputs[v].m_outputDir).filePath(name);
-                    if (going[v] && contexts[v]->fileSystem.copyFile(path, destination) &&
-                        contexts[v]->fileWritten)
+                    if (contexts[v]->fileSystem.copyFile(path, destination) && contexts[v]->fileWritten)
                         contexts[v]->fileWritten(destination);
+                    copied = true;
                 }
-                status = QStringLiteral("Copying '%1'").arg(name);
+                if (withheld)
+                    context.shell.writeWarningActivity(
+                        QStringLiteral("\tNot copied: its metadata cannot be removed\n"));
+                if (copied)
+                    status = QStringLiteral("Copying '%1'").arg(name);
             }
             context.shell.writeActivity(status + QLatin1Char('\n'));
         }
@@ -159,19 +173,26 @@ int ImageProcessorHelper::commitFile(RenderedFile& rendered, int index, BatchCon
     // WebP, AVIF and JPEG XL got the metadata from their encoder; an input
     // kept as it was has its own.
     const bool keepsHeader = request.output.keepsHeader() && !rendered.keptOriginal;
+    const MetadataPolicy policy = request.output.metadata;
     if (keepsHeader && FileFormat::isModern(request.output.format) && !rendered.source.exif.isEmpty())
         context.shell.writeActivity(QStringLiteral("\tEXIF copied\n"));
     if (keepsHeader && request.output.format == FileFormat::Jpeg) {
         MetadataNotes notes;
-        const int copied =
-            OutputMetadata::carry(rendered, request.output.dpi(), outputPath, context.fileSystem, &notes);
+        const int copied = OutputMetadata::carry(rendered, request.output.dpi(), policy, outputPath,
+                                                 context.fileSystem, &notes);
         notes.writeDamage(context.shell, QFileInfo(rendered.path).fileName());
         // The copy returns 1 when it rewrote the output; the log reads the
         // result the other way round, which users of the original know.
-        if (copied != 0)
+        if (policy == MetadataPolicy::Keep && copied != 0)
             context.shell.writeWarningActivity(QStringLiteral("\tUnable to read and copy EXIF\n"));
-        else
+        else if (policy == MetadataPolicy::Keep ||
+                 (policy != MetadataPolicy::None && !rendered.source.exif.isEmpty()))
             context.shell.writeActivity(QStringLiteral("\tEXIF copied\n"));
+    }
+    if (policy != MetadataPolicy::Keep && !rendered.keptOriginal) {
+        const QString removed = rendered.metadataRemoved.summary();
+        context.shell.writeActivity(QStringLiteral("\tMetadata removed: %1\n")
+                                        .arg(removed.isEmpty() ? QStringLiteral("nothing") : removed));
     }
     setAttributes(rendered, outputPath, context);
     if (thumbnailOut)

@@ -79,6 +79,27 @@ QByteArray withJxlBoxes(const QByteArray& codestream, const EmbeddedMetadata& me
     return out;
 }
 
+// A WebP without its "EXIF" chunk and the extended header's flag for it.
+QByteArray withoutWebpExif(QByteArray webp) {
+    if (webp.size() < 12 || !webp.startsWith("RIFF") || webp.mid(8, 4) != "WEBP")
+        return webp;
+    for (qsizetype at = 12; at + 8 <= webp.size();) {
+        const qsizetype size = qFromLittleEndian<quint32>(webp.constData() + at + 4);
+        const qsizetype whole = 8 + size + (size & 1);
+        if (whole > webp.size() - at)
+            break;
+        if (webp.mid(at, 4) == "VP8X" && size >= 1)
+            webp[at + 8] = char(webp[at + 8] & ~0x08);
+        if (webp.mid(at, 4) == "EXIF") {
+            webp.remove(at, whole);
+            qToLittleEndian(quint32(webp.size() - 8), webp.data() + 4);
+            continue;
+        }
+        at += whole;
+    }
+    return webp;
+}
+
 QByteArray encodeOrThrow(const Picture& picture, int format, int resolution, int quality, bool lossless,
                          const EmbeddedMetadata& metadata) {
     if (format == FileFormat::Avif)
@@ -98,6 +119,8 @@ QByteArray encodeOrThrow(const Picture& picture, int format, int resolution, int
     pixels.write_to_buffer(suffix, &data, &size, options);
     QByteArray bytes(static_cast<const char*>(data), qsizetype(size));
     g_free(data);
+    if (metadata.bare && format == FileFormat::WebP)
+        return withoutWebpExif(bytes);
     return jxl ? withJxlBoxes(bytes, metadata) : bytes;
 }
 

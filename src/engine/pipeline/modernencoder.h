@@ -13,6 +13,9 @@ struct EmbeddedMetadata {
     QByteArray iccProfile;
     QByteArray exif; // the TIFF structure, without "Exif\0\0"
     QByteArray xmp;  // the XMP packet
+    // Nothing but the pixels: the EXIF block libvips makes up for a WebP
+    // (sizes, resolution, orientation 1) is taken out too.
+    bool bare = false;
 };
 
 // WebP and JPEG XL outputs through libvips, AVIF (AV1 in a HEIF container)

@@ -16,7 +16,7 @@ namespace OutputMetadata {
 
 namespace {
 
-constexpr quint8 App0 = 0xE0, App1 = 0xE1;
+constexpr quint8 App0 = 0xE0, App1 = 0xE1, Com = 0xFE;
 
 // JFIF: "JFIF\0", version (2 bytes), units, X and Y density (2 bytes each).
 bool setJfifDensity(JpegSegmentList::Segment& segment, int dpi) {
@@ -50,8 +50,9 @@ bool editExif(JpegSegmentList::Segment& segment, int dpi, bool resetOrientation)
 // The XMP segments an output takes. libvips hands over the main packet alone,
 // so a JPEG input's come from its own segments, with the Extended XMP that
 // belongs to the packet.
-QList<JpegSegmentList::Segment> xmpSegments(const QString& source, const SourceMetadata& metadata) {
-    if (metadata.isJpeg) {
+QList<JpegSegmentList::Segment> xmpSegments(const QString& source, const SourceMetadata& metadata,
+                                            bool fromSource) {
+    if (fromSource) {
         if (const std::optional<JpegSegmentList> list = JpegSegmentList::readHeader(source))
             return XmpSegments::of(*list);
     }
@@ -81,8 +82,11 @@ QByteArray withResolution(const QByteArray& jpeg, int resolution, bool resetOrie
 }
 
 int preserve(const QString& source, const SourceMetadata& metadata, const QString& output, int resolution,
-             bool uprightPixels, FileSystem& fileSystem, MetadataNotes* notes) {
-    int copied = metadata.isJpeg ? KVImageInfo::copyInfoFromPath(source, output, fileSystem, notes) : 0;
+             bool uprightPixels, FileSystem& fileSystem, MetadataNotes* notes, MetadataPolicy policy) {
+    // Under a policy the input's sections are never written out whole, not
+    // even for a moment: the output gets only the filtered copies.
+    const bool transfer = metadata.isJpeg && policy == MetadataPolicy::Keep;
+    int copied = transfer ? KVImageInfo::copyInfoFromPath(source, output, fileSystem, notes) : 0;
 
     QFile file(output);
     if (!file.open(QIODevice::ReadOnly))
@@ -94,8 +98,7 @@ int preserve(const QString& source, const SourceMetadata& metadata, const QStrin
         return copied;
 
     // EXIF first among the metadata segments, then XMP, as cameras write them.
-    if (!metadata.isJpeg && !metadata.exif.isEmpty() &&
-        list->find(App1, JpegSegmentList::ExifSignature) < 0) {
+    if (!transfer && !metadata.exif.isEmpty() && list->find(App1, JpegSegmentList::ExifSignature) < 0) {
         const QByteArray payload = JpegSegmentList::ExifSignature + metadata.exif;
         if (payload.size() <= JpegSegmentList::MaxPayload) {
             list->segments().insert(list->metadataInsertPoint(), {App1, payload});
@@ -104,18 +107,32 @@ int preserve(const QString& source, const SourceMetadata& metadata, const QStrin
     }
     if (list->find(App1, JpegSegmentList::XmpSignature) < 0) {
         qsizetype at = list->metadataInsertPoint();
-        for (const JpegSegmentList::Segment& segment : xmpSegments(source, metadata))
+        for (const JpegSegmentList::Segment& segment : xmpSegments(source, metadata, transfer))
             list->segments().insert(at++, segment);
+    }
+    if (metadata.isJpeg && policy == MetadataPolicy::NoLocation && list->find(Com, {}) < 0) {
+        if (const std::optional<JpegSegmentList> input = JpegSegmentList::readHeader(source)) {
+            if (const qsizetype comment = input->find(Com, {}); comment >= 0)
+                list->segments().insert(list->metadataInsertPoint(), input->segments()[comment]);
+        }
     }
     const QByteArray after =
         withResolution(list->toBytes(), resolution, uprightPixels || metadata.decodedUpright);
     if (after != before && !fileSystem.writeAtomically(output, after))
-        return metadata.isJpeg ? copied : 0;
+        return transfer ? copied : 0;
     return copied;
 }
 
-int carry(const RenderedFile& rendered, int resolution, const QString& output, FileSystem& fileSystem,
-          MetadataNotes* notes) {
+int carry(const RenderedFile& rendered, int resolution, MetadataPolicy policy, const QString& output,
+          FileSystem& fileSystem, MetadataNotes* notes) {
+    // Nothing is left to copy under None; the encoder wrote the resolution.
+    if (policy == MetadataPolicy::None)
+        return 0;
+    if (policy != MetadataPolicy::Keep) {
+        preserve(rendered.path, rendered.source, output, resolution, rendered.autoRotated, fileSystem, notes,
+                 policy);
+        return 0;
+    }
     const int copied =
         preserve(rendered.path, rendered.source, output, resolution, rendered.autoRotated, fileSystem, notes);
     // The pixels are upright now; a copied orientation would turn them again.

@@ -56,6 +56,7 @@ QByteArray encode(const Picture& picture, const ProcessingRequest& request, Acti
     if (FileFormat::isModern(output.format) && output.keepsHeader())
         encoding.metadata = ModernEncoder::outputMetadata(iccProfile, source.exif, source.xmp, output.dpi(),
                                                           upright || source.decodedUpright);
+    encoding.metadata.bare = output.metadata == MetadataPolicy::None;
     return OutputEncoder::dataForImage(picture, encoding, log, keptQuality);
 }
 

@@ -30,13 +30,13 @@ QString scratchBase() {
 // The JPEG as the batch leaves it once the input's EXIF and XMP are copied
 // in. That step works on files, so the bytes pass through a scratch file
 // that goes with the render; nothing is written near the user's pictures.
-QByteArray withCarriedMetadata(const RenderedFile& rendered, int resolution) {
+QByteArray withCarriedMetadata(const RenderedFile& rendered, int resolution, MetadataPolicy policy) {
     QTemporaryDir scratch(scratchBase() + QStringLiteral("/quillet-preview-XXXXXX"));
     const QString output = scratch.path() + QStringLiteral("/preview.jpg");
     FileSystem& fileSystem = FileSystem::standard();
     if (!scratch.isValid() || !fileSystem.writeAtomically(output, rendered.bytes))
         return rendered.bytes;
-    OutputMetadata::carry(rendered, resolution, output, fileSystem, nullptr);
+    OutputMetadata::carry(rendered, resolution, policy, output, fileSystem, nullptr);
     QFile file(output);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : rendered.bytes;
 }
@@ -77,7 +77,7 @@ PreviewResult render(const QString& path, const RenderSettings& settings, const 
     result.rendered = true;
     const OutputSettings& output = settings.request.output;
     if (output.keepsHeader() && output.format == FileFormat::Jpeg && !rendered.keptOriginal)
-        result.bytes = withCarriedMetadata(rendered, output.dpi());
+        result.bytes = withCarriedMetadata(rendered, output.dpi(), output.metadata);
     else
         result.bytes = std::move(rendered.bytes);
     result.width = rendered.width;

@@ -4,10 +4,12 @@
 #include "engine/geometry/geometry.h"
 #include "engine/pipeline/colourprofile.h"
 #include "engine/pipeline/decoderwarnings.h"
+#include "engine/pipeline/metadatastrip.h"
 #include "engine/pipeline/pictureloader.h"
 #include "engine/pipeline/pipelineshrink.h"
 #include "engine/pipeline/pipelinesteps.h"
 
+#include "metadata/exifeditor.h"
 #include "metadata/metadatanotes.h"
 
 #include <QFileInfo>
@@ -65,17 +67,47 @@ std::optional<Geometry::Processed> drawStreamed(const QString& path, const Pictu
     }
 }
 
+// How a request turns a picture: the rotation, and the orientation an
+// automatic rotation goes by.
+struct Turn {
+    int rotation = Rotation::None;
+    int orientation = 1;
+};
+
+// The orientation a viewer goes by: the first directory's, in the EXIF of a
+// JPEG, or what another format's decoder read.
+int shownOrientation(const SourceMetadata& source) {
+    const int orientation = source.isJpeg
+                                ? int(ExifEditor(source.exif).shortValue(ExifEditor::TagOrientation))
+                                : source.orientation;
+    return orientation >= 1 && orientation <= 8 && !source.decodedUpright ? orientation : 1;
+}
+
+// An output without metadata has no orientation to be shown by: its pixels
+// are turned upright instead, unless a turn was asked for. They are turned
+// as viewers show them, by the main picture's orientation. `tagged` gives
+// the orientation the automatic rotation reads.
+template <typename Tagged>
+Turn turnFor(const ProcessingRequest& request, const SourceMetadata& source, const Tagged& tagged) {
+    if (request.output.metadata == MetadataPolicy::None && request.rotation == Rotation::None)
+        return {Rotation::Automatic, shownOrientation(source)};
+    if (request.rotation == Rotation::Automatic)
+        return {Rotation::Automatic, tagged()};
+    return {request.rotation, 1};
+}
+
 // The JPEG shrink on load and the block average after it for the drawn size.
 std::pair<int, int> decodeShrink(const PictureLoader::Header& header, const ProcessingRequest& request,
-                                 int orientation) {
-    const bool swap = isQuarterTurn(request.rotation, orientation);
+                                 const Turn& turn) {
+    const int orientation = turn.orientation;
+    const bool swap = isQuarterTurn(turn.rotation, orientation);
     const int width = swap ? header.height : header.width;
     const int height = swap ? header.width : header.height;
     const int shrink = header.isJpeg ? pipelineShrinkFactor(request.sizing, width, height) : 1;
     return {shrink, pipelineBoxShrink(request.sizing, width, height, shrink)};
 }
 
-void finish(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, int orientation,
+void finish(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, const Turn& turn,
             std::optional<Geometry::Processed>& processed);
 
 void corrupted(RenderedFile& out) {
@@ -87,10 +119,10 @@ void corrupted(RenderedFile& out) {
 
 // finish, with a failure reported for this file (or version) alone; the
 // batch goes on with the next.
-void finishOrFail(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, int orientation,
+void finishOrFail(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, const Turn& turn,
                   std::optional<Geometry::Processed>& processed) {
     try {
-        finish(out, settings, loaded, orientation, processed);
+        finish(out, settings, loaded, turn, processed);
     } catch (const std::exception& e) {
         vips_error_clear();
         out.status = RenderedFile::Failed;
@@ -114,17 +146,18 @@ void render(RenderedFile& out, const RenderSettings& settings) {
     MetadataNotes notes;
     const DecoderWarnings warnings(notes);
     out.source = SourceMetadata::read(out.path);
-    const int rotation = request.rotation;
-    const int orientation =
-        rotation == Rotation::Automatic ? PipelineSteps::orientationOf(out.path, out.source, &notes) : 1;
+    const Turn turn = turnFor(request, out.source,
+                              [&] { return PipelineSteps::orientationOf(out.path, out.source, &notes); });
+    if (request.output.keepsHeader())
+        out.metadataRemoved = MetadataStrip::apply(out.source, request.output.metadata);
     // The decoder shrinks JPEG by up to 8; whatever reduction is left beyond
     // twice the drawn size, and any reduction of the other formats, is
     // averaged away while the rows stream in, so a picture of any size is
     // held only at about the size it is drawn.
-    const auto [shrink, boxShrink] = decodeShrink(*header, request, orientation);
+    const auto [shrink, boxShrink] = decodeShrink(*header, request, turn);
 
     std::optional<Geometry::Processed> processed;
-    if (!turns(rotation, orientation))
+    if (!turns(turn.rotation, turn.orientation))
         processed = drawStreamed(out.path, *header, shrink, boxShrink, request);
     // Decoded into memory: turned pictures, copies, and whatever did not draw
     // straight from the decoder.
@@ -143,17 +176,17 @@ void render(RenderedFile& out, const RenderSettings& settings) {
     if (settings.needsInfo)
         out.info = KVImageInfo::fromFile(out.path, true, false, &notes);
     notes.writeDamage(out.pictureLog, file.fileName());
-    finishOrFail(out, settings, loaded.picture, orientation, processed);
+    finishOrFail(out, settings, loaded.picture, turn, processed);
 }
 
 // Geometry, colours, watermarks and encoding of a loaded picture, or of one
 // already drawn from the decoder.
-void finish(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, int orientation,
+void finish(RenderedFile& out, const RenderSettings& settings, const Picture& loaded, const Turn& turn,
             std::optional<Geometry::Processed>& processed) {
     const ProcessingRequest& request = settings.request;
     if (!processed)
         processed = Geometry::processImage(
-            loaded, [orientation] { return orientation; }, request.rotation, request.sizing,
+            loaded, [orientation = turn.orientation] { return orientation; }, turn.rotation, request.sizing,
             request.output.canvasBackground());
     Picture& picture = processed->picture;
     out.autoRotated = processed->autoRotated;
@@ -169,16 +202,25 @@ void finish(RenderedFile& out, const RenderSettings& settings, const Picture& lo
             vips_error_clear();
         }
     }
-    const QByteArray profile = request.output.convertToSrgb
-                                   ? ColourProfile::convertToSrgb(picture, out.source.iccProfile)
-                                   : out.source.iccProfile;
+    // Without a profile a picture is shown as sRGB, so one that goes is
+    // converted first and its colours stay as they were.
+    const bool dropsProfile = request.output.metadata == MetadataPolicy::None;
+    QByteArray profile = request.output.convertToSrgb || dropsProfile
+                             ? ColourProfile::convertToSrgb(picture, out.source.iccProfile)
+                             : out.source.iccProfile;
+    if (dropsProfile && !profile.isEmpty()) {
+        profile.clear();
+        out.metadataRemoved.profile = true;
+    }
     out.textSizeCapped = PipelineSteps::drawWatermarks(picture, request, settings.watermark,
                                                        out.info ? &*out.info : nullptr, out.pictureLog);
     out.width = picture.image.width();
     out.height = picture.image.height();
     out.bytes = PipelineSteps::encode(picture, request, out.encoderLog, profile, out.source,
                                       processed->autoRotated, &out.jpegQuality);
-    if (request.output.keepSmallerOriginal && !out.bytes.isEmpty()) {
+    // The input's bytes carry all its metadata, whatever the policy.
+    if (request.output.keepSmallerOriginal && request.output.metadata == MetadataPolicy::Keep &&
+        !out.bytes.isEmpty()) {
         if (std::optional<QByteArray> original =
                 SmallerOriginal::ifSmaller(out.path, request.output.format, out.bytes.size())) {
             out.encoderLog.writeActivity(QStringLiteral("\tKept the original (%1 bytes): the output would be "
@@ -211,14 +253,14 @@ void renderEach(std::vector<RenderedFile>& outs, const std::vector<RenderSetting
         return s.request.rotation == Rotation::Automatic;
     });
     const int tagged = anyAutomatic ? PipelineSteps::orientationOf(path, source, &notes) : 1;
-    const auto orientationFor = [tagged](const RenderSettings& s) {
-        return s.request.rotation == Rotation::Automatic ? tagged : 1;
+    const auto turnOf = [&](const RenderSettings& s) {
+        return turnFor(s.request, source, [tagged] { return tagged; });
     };
     // One decode per shrink: a version drawn from a decode shrunk otherwise
     // than its own batch would shrink it would not be that batch's file.
     std::map<std::pair<int, int>, PictureLoader::Result> decoded;
     for (const RenderSettings& settings : versions) {
-        const auto shrink = decodeShrink(*header, settings.request, orientationFor(settings));
+        const auto shrink = decodeShrink(*header, settings.request, turnOf(settings));
         if (decoded.contains(shrink))
             continue;
         const auto [factor, box] = shrink;
@@ -235,21 +277,22 @@ void renderEach(std::vector<RenderedFile>& outs, const std::vector<RenderSetting
     for (size_t v = 0; v < versions.size(); ++v) {
         RenderedFile& out = outs[v];
         const RenderSettings& settings = versions[v];
-        const int orientation = orientationFor(settings);
-        const PictureLoader::Result& loaded =
-            decoded.at(decodeShrink(*header, settings.request, orientation));
+        const Turn turn = turnOf(settings);
+        const PictureLoader::Result& loaded = decoded.at(decodeShrink(*header, settings.request, turn));
         if (loaded.status == PictureLoader::Status::Corrupted) {
             corrupted(out);
             continue;
         }
         out.source = source;
+        if (settings.request.output.keepsHeader())
+            out.metadataRemoved = MetadataStrip::apply(out.source, settings.request.output.metadata);
         out.status = RenderedFile::Rendered;
         out.pictureLog.writeActivity(QStringLiteral("Processing '%1'\n").arg(file.fileName()));
         if (settings.needsInfo)
             out.info = info;
         notes.writeDamage(out.pictureLog, file.fileName());
         std::optional<Geometry::Processed> processed;
-        finishOrFail(out, settings, loaded.picture, orientation, processed);
+        finishOrFail(out, settings, loaded.picture, turn, processed);
     }
 }
 

@@ -41,7 +41,9 @@ struct RenderedFile {
     // The file's metadata record, made only when naming, watermark or dates need it.
     std::optional<KVImageInfo> info;
     std::optional<vips::VImage> thumbnail; // 64 x 64 at most, of the input picture
-    SourceMetadata source;                 // the input's profile, EXIF and XMP
+    // The input's profile, EXIF and XMP, cut down to what the output keeps.
+    SourceMetadata source;
+    MetadataRemoval metadataRemoved; // what the metadata policy took out
 };
 
 // What the pixel stage needs besides the file: shared read-only by every

@@ -150,8 +150,11 @@ TEST(SettingsControls, RecordFromTheControlsLoadsBackIntoTheSameControls) {
         controls.findChild<QCheckBox*>(QStringLiteral("preserveHeader"))->click();
         controls.findChild<QComboBox*>(QStringLiteral("resolution"))->setEditText(QStringLiteral("144"));
         controls.findChild<QCheckBox*>(QStringLiteral("convertToSrgb"))->click();
+        choose(controls.findChild<QComboBox*>(QStringLiteral("metadataPolicy")),
+               int(MetadataPolicy::Minimal));
         const ProcessingParams record = model.record();
         EXPECT_EQ(record.intValue(ParamKey::Resolution), 144);
+        EXPECT_EQ(record.intValue(ParamKey::MetadataPolicy), int(MetadataPolicy::Minimal));
 
         SettingsModel other;
         SettingsControls again(other, sheets, resolutions);

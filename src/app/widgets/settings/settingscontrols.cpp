@@ -181,6 +181,7 @@ void SettingsControls::build(Sheets& sheets, const QStringList& resolutionSet) {
     m_sizeLimit = numberField(K::SizeLimit, QStringLiteral("sizeLimit"), 10, tr(" KB"));
     m_preserveHeader = new QCheckBox(tr("Keep EXIF data"));
     m_preserveHeader->setObjectName(QStringLiteral("preserveHeader"));
+    m_metadata = schemaMenu(K::MetadataPolicy, QStringLiteral("metadataPolicy"));
     auto* jpegPage = new QWidget;
     auto* jpeg = new QFormLayout(jpegPage);
     jpeg->setContentsMargins(0, 0, 0, 0);
@@ -189,7 +190,7 @@ void SettingsControls::build(Sheets& sheets, const QStringList& resolutionSet) {
     m_shrinkToFit = new QCheckBox(tr("Make the picture smaller when needed"));
     m_shrinkToFit->setObjectName(QStringLiteral("shrinkToFit"));
     jpeg->addRow(QString(), m_shrinkToFit);
-    jpeg->addRow(QString(), m_preserveHeader);
+    jpeg->addRow(QString(), row({m_preserveHeader, m_metadata}));
     m_lossless = new QCheckBox(tr("Lossless"));
     m_lossless->setObjectName(QStringLiteral("lossless"));
     m_keepsAlpha = new QCheckBox(tr("Keep transparency"));
@@ -245,6 +246,7 @@ void SettingsControls::build(Sheets& sheets, const QStringList& resolutionSet) {
                                                   {m_percent, tr("Scale percentage")},
                                                   {m_interpolation, tr("Interpolation")},
                                                   {m_format, tr("Output format")},
+                                                  {m_metadata, tr("Metadata to keep")},
                                                   {m_quality, tr("JPEG quality")},
                                                   {m_sizeLimit, tr("File size limit")},
                                                   {m_resolution, tr("Resolution")},
@@ -258,6 +260,9 @@ void SettingsControls::build(Sheets& sheets, const QStringList& resolutionSet) {
         {m_flip, tr("If checked, the aspect ratio is flipped for portrait input image.")},
         {m_downOnly, tr("If unchecked, images will be scaled up if needed.")},
         {m_resolution, tr("Resolution in dpi (72 dpi is a common default).")},
+        {m_metadata, tr("What the output keeps of the picture's metadata. Without location: no GPS,\n"
+                        "serial numbers or owner. Only orientation, date, copyright and profile.\n"
+                        "Nothing at all: the colours are converted to sRGB first.")},
         {m_shrinkToFit, tr("When even the lowest quality is over the size limit, the picture is\nscaled down "
                            "until it fits.")},
         {m_background, tr("This color shows through the transparent area (no effect\non input images with no "
@@ -274,6 +279,11 @@ void SettingsControls::setToolTipsHidden(bool hidden) {
 void SettingsControls::showFormatMenu() {
     m_format->setFocus();
     m_format->showPopup();
+}
+
+void SettingsControls::showMetadataMenu() {
+    m_metadata->setFocus();
+    m_metadata->showPopup();
 }
 
 void SettingsControls::connectControls() {
@@ -324,6 +334,9 @@ void SettingsControls::connectControls() {
             editOutput([](OutputSettings& o, bool on) { o.hasSizeLimit = on; }));
     connect(m_preserveHeader, &QCheckBox::toggled, this,
             editOutput([](OutputSettings& o, bool on) { o.preserveHeader = on; }));
+    connect(m_metadata, &QComboBox::activated, this, editOutput([this, code](OutputSettings& o, int index) {
+                o.metadata = metadataPolicyFromCode(code(m_metadata, index));
+            }));
     connect(m_convertToSrgb, &QCheckBox::toggled, this,
             editOutput([](OutputSettings& o, bool on) { o.convertToSrgb = on; }));
     connect(m_preserveTransparency, &QCheckBox::toggled, this,
@@ -369,6 +382,7 @@ void SettingsControls::refresh() {
     display(m_sizeLimit, o.sizeLimit, output.sizeLimitEnabled());
     display(m_shrinkToFit, o.shrinkToFit, output.sizeLimitEnabled());
     display(m_preserveHeader, o.preserveHeader);
+    selectCode(m_metadata, int(o.metadata));
     display(m_preserveTransparency, o.preserveTransparency);
     display(m_keepsAlpha, o.preserveTransparency);
     display(m_lossless, o.lossless, FileFormat::hasLossless(o.format));

@@ -32,6 +32,8 @@ class SettingsControls : public QWidget {
     void showFormatMenu();
     // Folds the sizing fields away under the sizing mode, and back.
     DisclosureController* scalingDisclosure() const { return m_scalingDisclosure; }
+    // Opens the menu of what the output keeps of the metadata.
+    void showMetadataMenu();
 
   Q_SIGNALS:
     // The user chose automatic rotation from the menu (the hint may follow).
@@ -60,6 +62,7 @@ class SettingsControls : public QWidget {
     QCheckBox* m_sizeLimitOn = nullptr;
     KVStepper* m_sizeLimit = nullptr;
     QCheckBox* m_preserveHeader = nullptr;
+    QComboBox* m_metadata = nullptr; // what of the input's metadata the output keeps
     QCheckBox* m_convertToSrgb = nullptr;
     QCheckBox* m_preserveTransparency = nullptr;
     // WebP, AVIF and JPEG XL share the JPEG page, with these two boxes shown.
