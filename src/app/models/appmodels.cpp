@@ -7,8 +7,7 @@ namespace quillet {
 AppModels::AppModels()
     : m_store(SettingsStore::open()), m_defaults(*m_store), m_renaming(*m_store), m_destinations(m_defaults),
       m_creators(m_defaults), m_preview(m_settings, m_renaming), m_presets(m_defaults, m_settings),
-      m_inspector(m_renaming), m_inplace(m_log, m_defaults),
-      m_versions(*m_store, m_defaults) {
+      m_inspector(m_renaming), m_inplace(m_log, m_defaults), m_versions(*m_store, m_defaults) {
     // The window starts with the settings it was left with, which are also
     // what the command-line tool uses with the same store.
     m_settings.load(m_defaults.processingParams());

@@ -18,8 +18,8 @@ struct PreviewResult {
     QByteArray bytes; // the file the batch writes, metadata included
     int width = 0;
     int height = 0;
-    int quality = -1;        // the JPEG quality the size search kept; -1 for PNG and TIFF
-    QString outputName;      // the file name the renamer gives it
+    int quality = -1;   // the JPEG quality the size search kept; -1 for PNG and TIFF
+    QString outputName; // the file name the renamer gives it
 };
 
 // A picture decoded once for the preview, shrunk on load, as stored (not
