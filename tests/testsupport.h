@@ -3,6 +3,7 @@
 #include "engine/picture.h"
 
 #include <QByteArray>
+#include <QMap>
 #include <QSettings>
 #include <QString>
 #include <QTemporaryDir>
@@ -43,6 +44,8 @@ QString cliPath();
 
 QByteArray readFile(const QString& path);
 bool writeFile(const QString& path, const QByteArray& bytes);
+// Every file under a folder, by its path relative to the folder, with its bytes.
+QMap<QString, QByteArray> fileTree(const QString& root);
 
 // A solid 4-band picture of the given size and colour.
 vips::VImage solidImage(int width, int height, int r, int g, int b, int a = 255);

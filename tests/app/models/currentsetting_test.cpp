@@ -8,17 +8,6 @@ using namespace quillet::guitest;
 
 namespace {
 
-// Every file under a folder, by relative path, with its bytes.
-QMap<QString, QByteArray> tree(const QString& root) {
-    QMap<QString, QByteArray> files;
-    QDirIterator it(root, QDir::Files, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString path = it.next();
-        files.insert(QDir(root).relativeFilePath(path), testsupport::readFile(path));
-    }
-    return files;
-}
-
 class CurrentSettingTest : public GuiTest, public ::testing::WithParamInterface<int> {};
 
 // The window's settings are the store's: a batch set up through the controls
@@ -59,10 +48,10 @@ TEST_P(CurrentSettingTest, WindowBatchMatchesTheCommandLineWithTheSameStore) {
     ASSERT_TRUE(cli.waitForFinished(120000));
     ASSERT_EQ(cli.exitCode(), 0) << cli.readAllStandardError().toStdString();
 
-    const QMap<QString, QByteArray> window = tree(out);
+    const QMap<QString, QByteArray> window = testsupport::fileTree(out);
     EXPECT_EQ(window.size(), 4);
-    EXPECT_EQ(window.keys(), tree(cliOut).keys());
-    EXPECT_TRUE(window == tree(cliOut));
+    EXPECT_EQ(window.keys(), testsupport::fileTree(cliOut).keys());
+    EXPECT_TRUE(window == testsupport::fileTree(cliOut));
 }
 
 INSTANTIATE_TEST_SUITE_P(SizingModes, CurrentSettingTest,

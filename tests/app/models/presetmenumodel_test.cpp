@@ -9,17 +9,6 @@ using namespace quillet::guitest;
 
 namespace {
 
-// Every file under a folder, by relative path, with its bytes.
-QMap<QString, QByteArray> tree(const QString& root) {
-    QMap<QString, QByteArray> files;
-    QDirIterator it(root, QDir::Files, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString path = it.next();
-        files.insert(QDir(root).relativeFilePath(path), testsupport::readFile(path));
-    }
-    return files;
-}
-
 // Runs the built command-line tool on a settings file; its standard output.
 QString runCli(const QString& settings, const QStringList& args) {
     QProcess cli;
@@ -146,7 +135,7 @@ TEST_F(PresetMenuTest, PresetTravelsThroughTheCommandLineToTheSameBatch) {
 
     menu().select(1);
     ASSERT_TRUE(runBatch({in()}));
-    const QMap<QString, QByteArray> first = tree(out);
+    const QMap<QString, QByteArray> first = testsupport::fileTree(out);
     EXPECT_EQ(first.size(), 4);
 
     // A fresh store, a window open on it, and the import from the command line.
@@ -165,7 +154,7 @@ TEST_F(PresetMenuTest, PresetTravelsThroughTheCommandLineToTheSameBatch) {
     ASSERT_EQ(menu().titles(), (QStringList{QStringLiteral("None"), QStringLiteral("Trip")}));
     menu().select(1);
     ASSERT_TRUE(runBatch({in()}));
-    const QMap<QString, QByteArray> again = tree(second);
+    const QMap<QString, QByteArray> again = testsupport::fileTree(second);
     EXPECT_EQ(again.keys(), first.keys());
     EXPECT_TRUE(again == first);
 }
