@@ -50,7 +50,6 @@ InplaceWindow::InplaceWindow(InplaceModel& model, Sheets& sheets, UserDefaults& 
 
     m_helpButton = new QPushButton(tr("Help"), this);
     m_helpButton->setObjectName(QStringLiteral("inplaceHelpButton"));
-    m_helpButton->setCheckable(true);
     m_helpButton->setAutoDefault(false);
     m_help = new QTextBrowser(this);
     m_help->setObjectName(QStringLiteral("inplaceHelp"));
@@ -204,18 +203,13 @@ bool InplaceWindow::isHelpShown() const {
 }
 
 void InplaceWindow::toggleHelp() {
-    const bool show = !isHelpShown();
-    m_helpButton->setChecked(show);
+    // Help only ever grows the window: pressed again, it leaves it as it is.
+    if (isHelpShown())
+        return;
+    m_help->show();
+    // Downwards: the window keeps its origin.
+    const int target = std::max(HelpHeight, height() + 180);
     m_grow->stop();
-    int target = m_heightBeforeHelp;
-    if (show) {
-        m_heightBeforeHelp = height();
-        target = std::max(HelpHeight, height() + 180);
-        m_help->show();
-    } else {
-        m_help->hide();
-    }
-    // Grows (or shrinks) downwards: the window keeps its origin.
     m_grow->setStartValue(size());
     m_grow->setEndValue(QSize(width(), std::max(target, minimumSizeHint().height())));
     m_grow->start();

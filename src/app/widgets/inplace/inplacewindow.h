@@ -72,7 +72,6 @@ class InplaceWindow : public QWidget {
     QTextBrowser* m_help = nullptr;
     QPropertyAnimation* m_grow = nullptr;
     InplaceProgressSheet* m_progress;
-    int m_heightBeforeHelp = 0;
     bool m_restoring = false;
 };
 
