@@ -8,6 +8,7 @@
 #include "inplace/jpegfixtures.h"
 #include "inplace/jpegtranrunner.h"
 
+#include <QAbstractAnimation>
 #include <QAction>
 #include <QCheckBox>
 #include <QDragEnterEvent>
@@ -15,7 +16,6 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTabWidget>
-#include <QTest>
 #include <QUrl>
 
 #include <fcntl.h>
@@ -161,9 +161,12 @@ TEST_F(InplaceWindowTest, HelpGrowsTheWindowDownwardsAndOnlyGrows) {
     EXPECT_EQ(panel()->geometry().topLeft(), before.topLeft());
     EXPECT_EQ(panel()->width(), before.width());
 
+    const auto* grow = panel()->findChild<QAbstractAnimation*>();
+    ASSERT_NE(grow, nullptr);
+    ASSERT_TRUE(waitFor([&] { return grow->state() == QAbstractAnimation::Stopped; }, 2000));
     const int grown = panel()->height();
     help->click();
-    QTest::qWait(400);
+    EXPECT_EQ(grow->state(), QAbstractAnimation::Stopped);
     EXPECT_TRUE(panel()->isHelpShown());
     EXPECT_EQ(panel()->height(), grown);
 }
