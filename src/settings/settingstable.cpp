@@ -117,7 +117,7 @@ const Choices textFields = {{TextField::FileName, "File name", {"filename"}},
 const Choices singleFileActions = {{0, "Process as a batch", {}},
                                    {1, "Convert to the Desktop", {}},
                                    {2, "Copy to the clipboard", {}},
-                                   {3, "Convert and open in Preview", {}}};
+                                   {3, "Convert and open in the image viewer", {}}};
 const Choices renameTypes = {{0, "Keep the name", {"keep"}},
                              {1, "Sequence number", {"sequence"}},
                              {2, "Prefix and suffix", {"prefix-suffix"}},

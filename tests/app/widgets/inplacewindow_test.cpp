@@ -1,9 +1,9 @@
-#include "app/guitest.h"
 #include "app/standinjpegtran.h"
 #include "app/widgets/inplace/inplacedroptarget.h"
 #include "app/widgets/inplace/inplaceprogresssheet.h"
 #include "app/widgets/inplace/inplacewindow.h"
 #include "app/widgets/main/mainwindow.h"
+#include "app/windowtest.h"
 #include "inplace/filerotation.h"
 #include "inplace/jpegfixtures.h"
 #include "inplace/jpegtranrunner.h"
@@ -34,21 +34,15 @@ long long modifiedNs(const QString& path) {
 }
 
 // The main window on a scratch store, with a stand-in jpegtran.
-class InplaceWindowTest : public GuiTest {
+class InplaceWindowTest : public WindowTest {
   protected:
     void SetUp() override {
         qputenv(JpegtranRunner::EnvironmentVariable, tool.program().toLocal8Bit());
-        GuiTest::SetUp();
-        makeWindow();
+        WindowTest::SetUp();
     }
     void TearDown() override {
-        window.reset();
-        GuiTest::TearDown();
+        WindowTest::TearDown();
         qunsetenv(JpegtranRunner::EnvironmentVariable);
-    }
-    void makeWindow() {
-        window = std::make_unique<MainWindow>(*controller, *models, sheets);
-        window->show();
     }
     InplaceWindow* panel() const { return window->inplaceWindow(); }
     void dropOn(QWidget* target, const QStringList& paths) {
@@ -66,7 +60,6 @@ class InplaceWindowTest : public GuiTest {
     void trigger(const char* action) { window->findChild<QAction*>(QLatin1String(action))->trigger(); }
 
     StandInJpegtran tool{scratch->path()};
-    std::unique_ptr<MainWindow> window;
 };
 
 // Five files on the clockwise target run under the panel's progress sheet;
@@ -138,13 +131,13 @@ TEST_F(InplaceWindowTest, MenuCommandsOpenTheirTabAndTheOpenPanelComesBackAtTheN
     window->close();
     window.reset();
     restart();
-    makeWindow();
+    openWindow();
     ASSERT_TRUE(waitFor([&] { return panel()->isVisible(); }, 2000));
 
     panel()->close();
     window.reset();
     restart();
-    makeWindow();
+    openWindow();
     waitFor([] { return false; }, 100);
     EXPECT_FALSE(panel()->isVisible());
 }

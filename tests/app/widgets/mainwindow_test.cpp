@@ -1,10 +1,10 @@
-#include "app/guitest.h"
 #include "app/widgets/log/activitylogwindow.h"
 #include "app/widgets/main/droparea.h"
 #include "app/widgets/main/mainwindow.h"
 #include "app/widgets/preview/previewpane.h"
 #include "app/widgets/settings/settingspanel.h"
 #include "app/widgets/sheets/progresssheet.h"
+#include "app/windowtest.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -21,17 +21,8 @@ using namespace quillet::guitest;
 
 namespace {
 
-class MainWindowTest : public GuiTest {
+class MainWindowTest : public WindowTest {
   protected:
-    void SetUp() override {
-        GuiTest::SetUp();
-        window = std::make_unique<MainWindow>(*controller, *models, sheets);
-        window->show();
-    }
-    void TearDown() override {
-        window.reset();
-        GuiTest::TearDown();
-    }
     void drop(const QStringList& paths) {
         QMimeData data;
         QList<QUrl> urls;
@@ -45,7 +36,6 @@ class MainWindowTest : public GuiTest {
         QDropEvent dropped(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(area, &dropped);
     }
-    std::unique_ptr<MainWindow> window;
 };
 
 TEST_F(MainWindowTest, DroppedPicturesRunUnderTheProgressSheetAndEndInTheStatusLine) {

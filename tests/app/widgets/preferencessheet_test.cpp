@@ -1,7 +1,7 @@
-#include "app/guitest.h"
 #include "app/widgets/main/droparea.h"
 #include "app/widgets/main/mainwindow.h"
 #include "app/widgets/prefs/preferencessheet.h"
+#include "app/windowtest.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
@@ -15,17 +15,8 @@ using namespace quillet::guitest;
 
 namespace {
 
-class PreferencesTest : public GuiTest {
+class PreferencesTest : public WindowTest {
   protected:
-    void SetUp() override {
-        GuiTest::SetUp();
-        window = std::make_unique<MainWindow>(*controller, *models, sheets);
-        window->show();
-    }
-    void TearDown() override {
-        window.reset();
-        GuiTest::TearDown();
-    }
     // Opens the sheet from the menu, lets `act` work on it, and waits for it
     // to be answered.
     void withSheet(const std::function<void(PreferencesSheet*)>& act) {
@@ -50,7 +41,6 @@ class PreferencesTest : public GuiTest {
         QFile file(models->store().fileName());
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
-    std::unique_ptr<MainWindow> window;
 };
 
 TEST_F(PreferencesTest, CancellingAfterChangingEverythingWritesNothingAndReopeningShowsTheStore) {

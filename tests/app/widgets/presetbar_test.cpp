@@ -1,9 +1,9 @@
-#include "app/guitest.h"
 #include "app/widgets/main/mainwindow.h"
 #include "app/widgets/presets/presetbar.h"
 #include "app/widgets/presets/presetmanagerpanel.h"
 #include "app/widgets/presets/presetnamesheet.h"
 #include "app/widgets/presets/singleedittable.h"
+#include "app/windowtest.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -17,17 +17,11 @@ using namespace quillet::guitest;
 
 namespace {
 
-class PresetBarTest : public GuiTest {
+class PresetBarTest : public WindowTest {
   protected:
     void SetUp() override {
-        GuiTest::SetUp();
-        window = std::make_unique<MainWindow>(*controller, *models, sheets);
-        window->show();
+        WindowTest::SetUp();
         bar = window->presetBar();
-    }
-    void TearDown() override {
-        window.reset();
-        GuiTest::TearDown();
     }
     QStringList menuTitles() const {
         QStringList titles;
@@ -35,7 +29,6 @@ class PresetBarTest : public GuiTest {
             titles.append(bar->menu()->itemText(i));
         return titles;
     }
-    std::unique_ptr<MainWindow> window;
     PresetBar* bar = nullptr;
 };
 

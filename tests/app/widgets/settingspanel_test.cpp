@@ -1,10 +1,10 @@
-#include "app/guitest.h"
 #include "app/widgets/main/creatorcombobox.h"
 #include "app/widgets/main/mainwindow.h"
 #include "app/widgets/settings/settingscontrols.h"
 #include "app/widgets/settings/settingspanel.h"
 #include "app/widgets/settings/watermarkwindow.h"
 #include "app/widgets/views/kvstepper.h"
+#include "app/windowtest.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -28,18 +28,12 @@ void chooseCode(QComboBox* menu, int code) {
     choose(menu, menu->findData(code));
 }
 
-class SettingsPanelTest : public GuiTest {
+class SettingsPanelTest : public WindowTest {
   protected:
     void SetUp() override {
-        GuiTest::SetUp();
-        window = std::make_unique<MainWindow>(*controller, *models, sheets);
-        window->show();
+        WindowTest::SetUp();
         creators = window->findChild<CreatorComboBox*>(QStringLiteral("creatorMenu"));
         ASSERT_TRUE(creators);
-    }
-    void TearDown() override {
-        window.reset();
-        GuiTest::TearDown();
     }
     QString application(const QString& name, const QString& code) {
         const QString path = scratch->filePath(name + QStringLiteral(".desktop"));
@@ -57,7 +51,6 @@ class SettingsPanelTest : public GuiTest {
             sheets.setNextAnswer(1);
         choose(creators, creators->count() - 1);
     }
-    std::unique_ptr<MainWindow> window;
     CreatorComboBox* creators = nullptr;
 };
 
