@@ -87,19 +87,28 @@ PictureLoader::Result PictureLoader::load(const QString& path, int shrink) {
 
 namespace {
 
+// The file opened for one pass from top to bottom: the loader keeps no
+// buffer of its own.
+vips::VImage openSequential(const QString& path, const PictureLoader::Header& header, int shrink) {
+    auto options = vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL);
+    if (header.isJpeg && (shrink == 2 || shrink == 4 || shrink == 8))
+        options->set("shrink", shrink);
+    return vips::VImage::new_from_file(QFile::encodeName(path).constData(), options);
+}
+
+PictureLoader::Result loaded(const vips::VImage& image, const PictureLoader::Header& header) {
+    // Pictures without alpha let geometry skip premultiplying.
+    const bool opaque = !vips_image_hasalpha(image.get_image());
+    return {PictureLoader::Status::Loaded,
+            Picture{normalise(image), double(header.width), double(header.height), opaque}};
+}
+
 PictureLoader::Result loadPicture(const QString& path, const PictureLoader::Header& header, int shrink,
                                   int boxShrink, bool decode) {
-    PictureLoader::Result result;
-    if (header.width <= 0 || header.height <= 0) {
-        result.status = PictureLoader::Status::Corrupted;
-        return result;
-    }
+    if (header.width <= 0 || header.height <= 0)
+        return {PictureLoader::Status::Corrupted, {}};
     try {
-        // Streamed from the file: the loader keeps no buffer of its own.
-        auto options = vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL);
-        if (header.isJpeg && (shrink == 2 || shrink == 4 || shrink == 8))
-            options->set("shrink", shrink);
-        vips::VImage image = vips::VImage::new_from_file(QFile::encodeName(path).constData(), options);
+        vips::VImage image = openSequential(path, header, shrink);
         if (boxShrink > 1)
             image = boxShrunk(image, boxShrink);
         // Decode now, once: a corrupt file is caught here rather than halfway
@@ -108,15 +117,11 @@ PictureLoader::Result loadPicture(const QString& path, const PictureLoader::Head
         // quarter less to hold and to resample than four.
         if (decode)
             image = image.copy_memory();
-        // Pictures without alpha let geometry skip premultiplying.
-        const bool opaque = !vips_image_hasalpha(image.get_image());
-        result.picture = Picture{normalise(image), double(header.width), double(header.height), opaque};
-        result.status = PictureLoader::Status::Loaded;
+        return loaded(image, header);
     } catch (const vips::VError&) {
         vips_error_clear();
-        result.status = PictureLoader::Status::Corrupted;
+        return {PictureLoader::Status::Corrupted, {}};
     }
-    return result;
 }
 
 } // namespace
@@ -138,6 +143,29 @@ int PictureLoader::jpegShrinkFor(int width, int height, double drawnWidth, doubl
         if (drawnWidth <= width / shrink && drawnHeight <= height / shrink)
             return shrink;
     return 1;
+}
+
+PictureLoader::Decode::Decode(const QString& path, const Header& header, int shrink) : m_header(header) {
+    if (header.width <= 0 || header.height <= 0)
+        return;
+    try {
+        m_image = openSequential(path, header, shrink).copy_memory();
+        m_status = Status::Loaded;
+    } catch (const vips::VError&) {
+        vips_error_clear();
+    }
+}
+
+PictureLoader::Result PictureLoader::Decode::picture(int boxShrink) const {
+    if (m_status != Status::Loaded)
+        return {m_status, {}};
+    try {
+        // The same block average as load() makes while the rows stream in.
+        return loaded(boxShrink > 1 ? boxShrunk(m_image, boxShrink).copy_memory() : m_image, m_header);
+    } catch (const vips::VError&) {
+        vips_error_clear();
+        return {Status::Corrupted, {}};
+    }
 }
 
 const QStringList& PictureLoader::readableExtensions() {

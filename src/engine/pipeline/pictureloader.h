@@ -45,8 +45,23 @@ class PictureLoader {
     // then. For a consumer that reads it in that order exactly once.
     static Result open(const QString& path, const Header& header, int shrink, int boxShrink = 1);
 
-    // The largest JPEG shrink factor whose decoded size still covers `drawnWidth`
-    // x `drawnHeight`, and 1 when the drawn size is more than half the picture.
+    // The pixels as the decoder gives them (shrunk by `shrink` for JPEG), in
+    // memory, for several pictures of one file that differ only in their
+    // block average: picture() then gives, for each, what load() gives.
+    class Decode {
+      public:
+        Decode(const QString& path, const Header& header, int shrink);
+        Status status() const { return m_status; }
+        Result picture(int boxShrink) const;
+
+      private:
+        Header m_header;
+        Status m_status = Status::Corrupted;
+        vips::VImage m_image;
+    };
+
+    // The largest JPEG shrink factor (1, 2, 4 or 8) whose decoded size still
+    // covers `drawnWidth` x `drawnHeight`.
     static int jpegShrinkFor(int width, int height, double drawnWidth, double drawnHeight);
 
     // Lower-case extensions of the picture formats the installed loaders read.

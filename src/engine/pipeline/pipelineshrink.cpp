@@ -32,7 +32,9 @@ std::optional<std::pair<double, double>> drawnSize(const Sizing& sizing, int wid
 
 int pipelineShrinkFactor(const Sizing& sizing, int width, int height) {
     const auto drawn = drawnSize(sizing, width, height);
-    return drawn ? PictureLoader::jpegShrinkFor(width, height, drawn->first, drawn->second) : 1;
+    if (!drawn)
+        return 1;
+    return std::min(2, PictureLoader::jpegShrinkFor(width, height, drawn->first, drawn->second));
 }
 
 int pipelineBoxShrink(const Sizing& sizing, int width, int height, int decoded) {

@@ -150,10 +150,10 @@ void render(RenderedFile& out, const RenderSettings& settings) {
                               [&] { return PipelineSteps::orientationOf(out.path, out.source, &notes); });
     if (request.output.keepsHeader())
         out.metadataRemoved = MetadataStrip::apply(out.source, request.output.metadata);
-    // The decoder shrinks JPEG by up to 8; whatever reduction is left beyond
-    // twice the drawn size, and any reduction of the other formats, is
-    // averaged away while the rows stream in, so a picture of any size is
-    // held only at about the size it is drawn.
+    // The decoder halves a JPEG; whatever reduction is left beyond twice the
+    // drawn size, and any reduction of the other formats, is averaged away
+    // while the rows stream in, so a picture of any size is held only at
+    // about the size it is drawn.
     const auto [shrink, boxShrink] = decodeShrink(*header, request, turn);
 
     std::optional<Geometry::Processed> processed;
@@ -233,10 +233,12 @@ void finish(RenderedFile& out, const RenderSettings& settings, const Picture& lo
     }
 }
 
-// Every version of one file. Each decodes the picture into memory, as a
-// turned picture always is: streamed, it could feed one version only. The
-// pixels are those the streamed draw makes, so each version's bytes are
-// those of its batch alone.
+// Every version of one file. The picture is decoded into memory, as a
+// turned picture always is (streamed, it could feed one version only), once
+// for all versions the decoder shrinks alike: with every version at most
+// half the picture's size, once in all. Each version averages its blocks
+// from that decode as its batch alone would while streaming, so its bytes
+// are that batch's.
 void renderEach(std::vector<RenderedFile>& outs, const std::vector<RenderSettings>& versions) {
     const QString& path = outs.front().path;
     const QFileInfo file(path);
@@ -256,18 +258,15 @@ void renderEach(std::vector<RenderedFile>& outs, const std::vector<RenderSetting
     const auto turnOf = [&](const RenderSettings& s) {
         return turnFor(s.request, source, [tagged] { return tagged; });
     };
-    // One decode per shrink: a version drawn from a decode shrunk otherwise
-    // than its own batch would shrink it would not be that batch's file.
-    std::map<std::pair<int, int>, PictureLoader::Result> decoded;
+    // One decode per shrink on load, each version averaging its own blocks
+    // from it: a version drawn from a decode shrunk otherwise than its own
+    // batch would shrink it would not be that batch's file.
+    std::map<int, PictureLoader::Decode> decoded;
     for (const RenderSettings& settings : versions) {
-        const auto shrink = decodeShrink(*header, settings.request, turnOf(settings));
-        if (decoded.contains(shrink))
-            continue;
-        const auto [factor, box] = shrink;
-        PictureLoader::Result loaded = PictureLoader::load(path, *header, factor, box);
-        if (loaded.status == PictureLoader::Status::NotAPicture)
-            return;
-        decoded.emplace(shrink, std::move(loaded));
+        const int factor = decodeShrink(*header, settings.request, turnOf(settings)).first;
+        if (!decoded.contains(factor))
+            decoded.emplace(std::piecewise_construct, std::forward_as_tuple(factor),
+                            std::forward_as_tuple(path, *header, factor));
     }
     const bool needsInfo =
         std::any_of(versions.cbegin(), versions.cend(), [](const RenderSettings& s) { return s.needsInfo; });
@@ -278,7 +277,8 @@ void renderEach(std::vector<RenderedFile>& outs, const std::vector<RenderSetting
         RenderedFile& out = outs[v];
         const RenderSettings& settings = versions[v];
         const Turn turn = turnOf(settings);
-        const PictureLoader::Result& loaded = decoded.at(decodeShrink(*header, settings.request, turn));
+        const auto [factor, box] = decodeShrink(*header, settings.request, turn);
+        const PictureLoader::Result loaded = decoded.at(factor).picture(box);
         if (loaded.status == PictureLoader::Status::Corrupted) {
             corrupted(out);
             continue;

@@ -62,7 +62,8 @@ RenderedFile renderFile(const QString& path, const RenderSettings& settings);
 
 // The pixel stage of one file for each version of a batch, in their order.
 // The header, metadata and record are read once, and the picture is decoded
-// once for all versions that decode it alike (the same shrink on load); each
+// once for all versions the decoder shrinks alike (all those at most half
+// the picture's size, and all those above it); each
 // result is what renderFile gives for that version alone, byte for byte. A
 // failure in one version leaves the others rendered. Never throws.
 std::vector<RenderedFile> renderVersions(const QString& path, const std::vector<RenderSettings>& versions);

@@ -11,34 +11,37 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <tuple>
 
 using namespace quillet;
 
 namespace {
 
-// Shrink-on-load factors for a 4000 x 3000 picture.
-TEST(ShrinkTest, ShrinkKeepsTheDecodedPictureAtLeastAsLargeAsItIsDrawn) {
+// Shrink-on-load factors for a 4000 x 3000 picture: the decoder halves at
+// most, so that every output of half the size or less shares one decode.
+TEST(ShrinkTest, TheDecoderHalvesWhateverIsDrawnAtHalfTheSizeOrLess) {
     struct Case {
         int scaleType, width, height, expected, cropPercent = 100;
         bool downOnly = false, nearestNeighbour = false;
     };
     const Case cases[] = {
-        // fit 320 x 320: drawn 320 x 240, 12.5 times smaller
-        {ScaleType::Fit, 320, 320, 8},
+        // fit 320 x 320: drawn 320 x 240, 12.5 times smaller, decoded at half
+        // like any other output of half the size or less
+        {ScaleType::Fit, 320, 320, 2},
         // exactly half in both: still a shrink of 2; a pixel more than half: none
         {ScaleType::Fit, 2000, 2000, 2},
         {ScaleType::ToWidth, 2001, 0, 1},
-        {ScaleType::ToWidth, 1000, 0, 4},
+        {ScaleType::ToWidth, 1000, 0, 2},
         // stretch: each dimension on its own; the height only halves
         {ScaleType::Stretch, 100, 1500, 2},
         // down-only with a larger box copies the picture
         {ScaleType::Fit, 8000, 8000, 1, 100, true},
-        // percent 10 -> 8; 60 -> 1
-        {ScaleType::Percent, 10, 0, 8},
+        {ScaleType::Percent, 10, 0, 2},
         {ScaleType::Percent, 60, 0, 1},
-        // crop 100 x 100: the centred 3000 square is drawn 100 wide: shrink 8;
-        // at 10 % the 300 square is drawn 100 wide, the picture at a third: 2
-        {ScaleType::Crop, 100, 100, 8},
+        // crop 100 x 100: the centred 3000 square is drawn 100 wide: 2; at 10 %
+        // the 300 square is drawn 100 wide, the picture at a third: 2; at 5 %
+        // the 150 square at two thirds: 1
+        {ScaleType::Crop, 100, 100, 2},
         {ScaleType::Crop, 100, 100, 2, 10},
         {ScaleType::Crop, 100, 100, 1, 5},
         // no sizing, and nearest neighbour, which must see the file's own pixels
@@ -154,6 +157,60 @@ TEST(PictureLoaderTest, BoxShrinkAveragesColourUnderAlphaWithoutBleedingAndKeeps
     EXPECT_GE(edge[0], 250);
     EXPECT_LE(edge[1], 5);
     EXPECT_NEAR(edge[3], 128, 2);
+}
+
+// Versions of one file share a decode and average their blocks from it in
+// memory; each must get the pixels its own streamed load gets, whatever the
+// file holds (alpha is averaged premultiplied, CMYK is converted after the
+// average).
+TEST(PictureLoaderTest, ASharedDecodeGivesEachBlockAverageThePixelsOfItsOwnLoad) {
+    QTemporaryDir dir;
+    using vips::VImage;
+    const VImage noise = VImage::gaussnoise(96, 64, VImage::option()->set("mean", 128.0)->set("sigma", 50.0))
+                             .cast(VIPS_FORMAT_UCHAR);
+    const VImage rgb = VImage::bandjoin({noise, noise.rot180(), noise.flip(VIPS_DIRECTION_HORIZONTAL)});
+    const std::map<QString, VImage> inputs = {
+        {"rgb.jpg", rgb.copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB))},
+        {"cmyk.jpg", VImage::bandjoin({rgb, noise.flip(VIPS_DIRECTION_VERTICAL)})
+                         .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_CMYK))},
+        {"alpha.png", VImage::bandjoin({rgb, noise})
+                          .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB))},
+    };
+    for (const auto& [name, image] : inputs) {
+        SCOPED_TRACE(name.toStdString());
+        const QString path = dir.filePath(name);
+        image.write_to_file(QFile::encodeName(path).constData());
+        const auto header = PictureLoader::readHeader(path);
+        ASSERT_TRUE(header);
+        const int shrink = header->isJpeg ? 2 : 1;
+        const PictureLoader::Decode decode(path, *header, shrink);
+        ASSERT_EQ(decode.status(), PictureLoader::Status::Loaded);
+        for (const int box : {1, 2, 3}) {
+            const VImage shared = decode.picture(box).picture.image;
+            const VImage own = PictureLoader::load(path, *header, shrink, box).picture.image;
+            ASSERT_EQ(std::tuple(shared.width(), shared.height(), shared.bands()),
+                      std::tuple(own.width(), own.height(), own.bands()))
+                << "box " << box;
+            EXPECT_EQ((shared.cast(VIPS_FORMAT_INT) - own).abs().max(), 0.0) << "box " << box;
+        }
+    }
+    // Cut files: every version gets what its own load gets.
+    for (const char* name : {"rgb.jpg", "alpha.png"}) {
+        SCOPED_TRACE(name);
+        QByteArray bytes = testsupport::readFile(dir.filePath(QLatin1String(name)));
+        bytes.truncate(bytes.size() / 3);
+        const QString broken = dir.filePath(QStringLiteral("broken-") + QLatin1String(name));
+        ASSERT_TRUE(testsupport::writeFile(broken, bytes));
+        const auto header = PictureLoader::readHeader(broken);
+        ASSERT_TRUE(header);
+        const PictureLoader::Decode decode(broken, *header, 1);
+        const auto own = PictureLoader::load(broken, *header, 1, 2);
+        const auto shared = decode.picture(2);
+        ASSERT_EQ(shared.status, own.status);
+        if (own.status == PictureLoader::Status::Loaded) {
+            EXPECT_EQ((shared.picture.image.cast(VIPS_FORMAT_INT) - own.picture.image).abs().max(), 0.0);
+        }
+    }
 }
 
 // A large non-JPEG picture goes through the box shrink; what comes out must
