@@ -234,6 +234,8 @@ bool Parser::option(const QString& name) {
         return setBool(ParamKey::KeepSmallerOriginal, name == QLatin1String("--keep-smaller"));
     if (name == QLatin1String("--lossless") || name == QLatin1String("--no-lossless"))
         return setBool(ParamKey::LosslessOutput, name == QLatin1String("--lossless"));
+    if (name == QLatin1String("--fast-encoding") || name == QLatin1String("--no-fast-encoding"))
+        return setBool(ParamKey::FastEncoding, name == QLatin1String("--fast-encoding"));
     if (name == QLatin1String("--dpi")) {
         // The stored 0 stands for an emptied field, read as 72; asked for, it means nothing.
         const auto v = intValue(name, ParamKey::Resolution, 1);
@@ -502,6 +504,8 @@ QString processUsage() {
         "  --shrink-to-fit | --no-shrink-to-fit   make the picture smaller when the lowest\n"
         "                             quality is still over the size limit\n"
         "  --lossless | --no-lossless      WebP and JPEG XL without loss\n"
+        "  --fast-encoding | --no-fast-encoding   WebP, AVIF and JPEG XL encoded several times\n"
+        "                             faster, a few percent larger at the same quality\n"
         "  --keep-smaller | --no-keep-smaller   copy the input instead when an output in its\n"
         "                             format would be larger\n"
         "  --keep-exif | --no-keep-exif\n"

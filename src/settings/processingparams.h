@@ -32,6 +32,7 @@ inline constexpr char MetadataPolicy[] = "MetadataPolicy";
 inline constexpr char LosslessOutput[] = "LosslessOutput";
 inline constexpr char ShrinkToFit[] = "ShrinkToFit";
 inline constexpr char KeepSmallerOriginal[] = "KeepSmallerOriginal";
+inline constexpr char FastEncoding[] = "FastEncoding";
 inline constexpr char BackgroundColor[] = "BackgroundColor";
 inline constexpr char WatermarkEnabled[] = "WatermarkEnabled";
 inline constexpr char ImageWatermarkEnabled[] = "ImageWatermarkEnabled";

@@ -36,6 +36,7 @@ OutputSettings readOutput(const ProcessingParams& p) {
     o.lossless = p.boolValue(K::LosslessOutput);
     o.shrinkToFit = p.boolValue(K::ShrinkToFit);
     o.keepSmallerOriginal = p.boolValue(K::KeepSmallerOriginal);
+    o.fastEncoding = p.boolValue(K::FastEncoding);
     o.background = p.colorValue(K::BackgroundColor).value_or(RgbaColor::white());
     return o;
 }
@@ -102,6 +103,7 @@ ProcessingParams ProcessingRequest::toRecord() const {
     p.setBool(K::LosslessOutput, output.lossless);
     p.setBool(K::ShrinkToFit, output.shrinkToFit);
     p.setBool(K::KeepSmallerOriginal, output.keepSmallerOriginal);
+    p.setBool(K::FastEncoding, output.fastEncoding);
     p.setBool(K::PreserveTransparency, output.preserveTransparency);
     p.setColor(K::BackgroundColor, output.background);
     p.setBool(K::WatermarkEnabled, watermarks.enabled);

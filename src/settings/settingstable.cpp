@@ -164,6 +164,7 @@ QList<SettingKey> settingsTable() {
         Row(K::LosslessOutput, T::Bool, G::Processing).registered(false),
         Row(K::ShrinkToFit, T::Bool, G::Processing).registered(false),
         Row(K::KeepSmallerOriginal, T::Bool, G::Processing).registered(false),
+        Row(K::FastEncoding, T::Bool, G::Processing).registered(false),
         Row(K::BackgroundColor, T::Colour, G::Processing).registered(RgbaColor::white().toVariant()),
         Row(K::WatermarkEnabled, T::Bool, G::Processing).registered(false),
         Row(K::ImageWatermarkEnabled, T::Bool, G::Processing).registered(false),

@@ -60,6 +60,8 @@ INSTANTIATE_TEST_SUITE_P(
         OptionCase{"--metadata no-location", {{"MetadataPolicy", 1}}},
         OptionCase{"--metadata none", {{"MetadataPolicy", 3}}},
         OptionCase{"--keep-transparency", {{"PreserveTransparency", true}}},
+        OptionCase{"--format webp --fast-encoding", {{"FileFormat", 104}, {"FastEncoding", true}}},
+        OptionCase{"--fast-encoding --no-fast-encoding", {{"FastEncoding", false}}},
         OptionCase{"--background #ff0000", {{"BackgroundColor", RgbaColor{1, 0, 0, 1}.toVariant()}}},
         OptionCase{"--watermark /w.png --watermark-opacity 40",
                    {{"WatermarkEnabled", true},

@@ -112,16 +112,18 @@ TEST(ProcessingRequest, RecordAndValueRoundTrip) {
 // a preset file; a record saved before them reads as it always did.
 TEST(ProcessingRequest, LaterOutputChoicesRoundTripAndDefaultOff) {
     ProcessingParams older = ProcessingParams::defaults();
-    for (const char* key : {K::LosslessOutput, K::ShrinkToFit, K::KeepSmallerOriginal})
+    for (const char* key : {K::LosslessOutput, K::ShrinkToFit, K::KeepSmallerOriginal, K::FastEncoding})
         older.remove(QLatin1String(key));
     const ProcessingRequest before = request(older);
     EXPECT_EQ(before, request(ProcessingParams::defaults()));
-    EXPECT_FALSE(before.output.lossless || before.output.shrinkToFit || before.output.keepSmallerOriginal);
+    EXPECT_FALSE(before.output.lossless || before.output.shrinkToFit || before.output.keepSmallerOriginal ||
+                 before.output.fastEncoding);
 
     ProcessingRequest chosen = before;
     chosen.name = QStringLiteral("Web");
     chosen.output.format = FileFormat::JpegXl;
     chosen.output.lossless = chosen.output.shrinkToFit = chosen.output.keepSmallerOriginal = true;
+    chosen.output.fastEncoding = true;
     EXPECT_EQ(request(PresetJson::fromJson(PresetJson::toJson(chosen.toRecord()))), chosen);
     EXPECT_TRUE(chosen.output.writesLossless());
     chosen.output.format = FileFormat::Avif; // no lossless AVIF here

@@ -58,7 +58,8 @@ Owned<heif_image, releaseImage> heifImage(const vips::VImage& pixels) {
 
 } // namespace
 
-QByteArray encode(const vips::VImage& input, int quality, const EmbeddedMetadata& metadata) {
+QByteArray encode(const vips::VImage& input, int quality, const EmbeddedMetadata& metadata,
+                  ModernEncoder::Effort effort) {
     vips::VImage pixels = input;
     if (pixels.bands() < 3)
         pixels = pixels.colourspace(VIPS_INTERPRETATION_sRGB);
@@ -79,7 +80,7 @@ QByteArray encode(const vips::VImage& input, int quality, const EmbeddedMetadata
     check(heif_encoder_set_lossy_quality(rawEncoder, quality));
     // What libvips chose too: full chroma from quality 90, speed 5 of 0..9.
     heif_encoder_set_parameter_string(rawEncoder, "chroma", quality >= 90 ? "444" : "420");
-    heif_encoder_set_parameter_integer(rawEncoder, "speed", 5);
+    heif_encoder_set_parameter_integer(rawEncoder, "speed", effort == ModernEncoder::Effort::Fast ? 8 : 5);
 
     const std::unique_ptr<heif_encoding_options, void (*)(heif_encoding_options*)> options(
         heif_encoding_options_alloc(), heif_encoding_options_free);

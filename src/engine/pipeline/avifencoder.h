@@ -13,7 +13,8 @@ namespace AvifEncoder {
 
 // `pixels` is 8-bit sRGB, with or without alpha; quality is 1..100. Throws
 // std::runtime_error with libheif's message when encoding fails.
-QByteArray encode(const vips::VImage& pixels, int quality, const EmbeddedMetadata& metadata);
+QByteArray encode(const vips::VImage& pixels, int quality, const EmbeddedMetadata& metadata,
+                  ModernEncoder::Effort effort);
 
 } // namespace AvifEncoder
 

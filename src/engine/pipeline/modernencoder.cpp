@@ -101,10 +101,10 @@ QByteArray withoutWebpExif(QByteArray webp) {
 }
 
 QByteArray encodeOrThrow(const Picture& picture, int format, int resolution, int quality, bool lossless,
-                         const EmbeddedMetadata& metadata) {
+                         const EmbeddedMetadata& metadata, Effort effort) {
     if (format == FileFormat::Avif)
         return AvifEncoder::encode(OutputEncoder::withAlphaIfNeeded(picture), std::clamp(quality, 1, 100),
-                                   metadata);
+                                   metadata, effort);
     const bool jxl = format == FileFormat::JpegXl;
     const VImage pixels = withMetadata(
         OutputEncoder::withResolution(OutputEncoder::withAlphaIfNeeded(picture), resolution), metadata, !jxl);
@@ -112,6 +112,8 @@ QByteArray encodeOrThrow(const Picture& picture, int format, int resolution, int
     vips::VOption* options = VImage::option()->set("Q", std::clamp(quality, 1, 100));
     const char* suffix = jxl ? ".jxl" : ".webp";
     options->set("lossless", lossless);
+    if (effort == Effort::Fast)
+        options->set("effort", jxl ? 3 : 1);
     // Without any metadata libvips would still make up an EXIF block.
     options->set("strip", metadata.iccProfile.isEmpty() && metadata.exif.isEmpty() && metadata.xmp.isEmpty());
     void* data = nullptr;
@@ -127,12 +129,12 @@ QByteArray encodeOrThrow(const Picture& picture, int format, int resolution, int
 } // namespace
 
 QByteArray encode(const Picture& picture, int format, int resolution, int quality, bool lossless,
-                  const EmbeddedMetadata& metadata) {
+                  const EmbeddedMetadata& metadata, Effort effort) {
     if (!FileFormat::isModern(format) || !picture.image.get_image() || picture.image.width() <= 0 ||
         picture.image.height() <= 0)
         return {};
     try {
-        return encodeOrThrow(picture, format, resolution, quality, lossless, metadata);
+        return encodeOrThrow(picture, format, resolution, quality, lossless, metadata, effort);
     } catch (const std::exception&) {
         vips_error_clear();
         return {};
@@ -151,7 +153,7 @@ QString unavailableReason(int format) {
                                                         : QStringLiteral("WebP");
     try {
         const VImage probe = VImage::black(16, 16, VImage::option()->set("bands", 3));
-        if (encodeOrThrow(Picture{probe, 16, 16}, format, 72, 50, false, {}).isEmpty())
+        if (encodeOrThrow(Picture{probe, 16, 16}, format, 72, 50, false, {}, Effort::Thorough).isEmpty())
             reason = QStringLiteral("The %1 encoder wrote nothing on this system").arg(name);
     } catch (const std::exception& e) {
         vips_error_clear();

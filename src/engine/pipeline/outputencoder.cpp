@@ -239,7 +239,8 @@ QByteArray dataForImage(const Picture& picture, const Encoding& encoding, Activi
     const auto encodeAt = [&](const Picture& p, int q) {
         if (format == FileFormat::Jpeg)
             return jpegDataForImage(p, encoding.resolution, q, encoding.metadata.iccProfile);
-        return ModernEncoder::encode(p, format, encoding.resolution, q, encoding.lossless, encoding.metadata);
+        return ModernEncoder::encode(p, format, encoding.resolution, q, encoding.lossless, encoding.metadata,
+                                     encoding.effort);
     };
     if (encoding.lossless && FileFormat::hasLossless(format))
         return encodeAt(picture, 100);

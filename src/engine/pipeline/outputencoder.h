@@ -31,8 +31,9 @@ struct Encoding {
     int format = FileFormat::Jpeg;
     int resolution = 72;
     int quality = 80;
-    qint64 byteLimit = 0;  // bytes, 0 for none
-    bool lossless = false; // WebP and JPEG XL
+    qint64 byteLimit = 0;                                           // bytes, 0 for none
+    bool lossless = false;                                          // WebP and JPEG XL
+    ModernEncoder::Effort effort = ModernEncoder::Effort::Thorough; // WebP, AVIF and JPEG XL
     // When the quality search ends above the limit, scale the picture down
     // until it fits at the last quality tried.
     bool shrinkToFit = false;

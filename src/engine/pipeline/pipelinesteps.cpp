@@ -47,6 +47,7 @@ QByteArray encode(const Picture& picture, const ProcessingRequest& request, Acti
     encoding.quality = output.jpegQuality;
     encoding.byteLimit = output.sizeLimitBytes();
     encoding.lossless = output.writesLossless();
+    encoding.effort = output.fastEncoding ? ModernEncoder::Effort::Fast : ModernEncoder::Effort::Thorough;
     encoding.shrinkToFit = output.shrinkToFit;
     encoding.metadata.iccProfile = iccProfile;
     // A JPEG gets its EXIF and XMP once written: room is left for them when

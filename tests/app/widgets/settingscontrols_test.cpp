@@ -217,4 +217,11 @@ TEST(SettingsControls, ModernFormatsShowTheirBoxesAndUnwritableOnesSayWhy) {
     EXPECT_TRUE(quality->isEnabled());
     controls.findChild<QCheckBox*>(QStringLiteral("modernTransparency"))->click();
     EXPECT_TRUE(model.record().boolValue(ParamKey::PreserveTransparency));
+    auto* fast = controls.findChild<QCheckBox*>(QStringLiteral("fastEncoding"));
+    ASSERT_TRUE(fast);
+    EXPECT_FALSE(fast->isHidden());
+    fast->click();
+    EXPECT_TRUE(model.record().boolValue(ParamKey::FastEncoding));
+    choose(format, FileFormat::Jpeg);
+    EXPECT_TRUE(fast->isHidden());
 }

@@ -139,6 +139,35 @@ TEST(ModernEncoder, LosslessKeepsEveryPixel) {
             << format;
         const VImage lossy = decode(ModernEncoder::encode(picture, format, 72, 50, false, {}));
         EXPECT_GT((lossy - noise).abs().max(), 0.0) << format;
+        const VImage fast =
+            decode(ModernEncoder::encode(picture, format, 72, 50, true, {}, ModernEncoder::Effort::Fast));
+        EXPECT_EQ((fast.extract_band(0, VImage::option()->set("n", 3)) - noise).abs().max(), 0.0) << format;
+    }
+}
+
+// The fast effort reaches each encoder (its file is another) and draws the
+// same picture, with the metadata still on it.
+TEST(ModernEncoder, FastEffortWritesAnotherFileOfTheSamePicture) {
+    const VImage xy = VImage::xyz(320, 240);
+    const VImage gradient =
+        VImage::bandjoin({xy[0] * 0.7, xy[1], (xy[0] + xy[1]) * 0.4}).cast(VIPS_FORMAT_UCHAR);
+    const VImage grain = VImage::gaussnoise(320, 240, VImage::option()->set("sigma", 12.0)->set("mean", 0.0));
+    const VImage photo = (gradient + grain).cast(VIPS_FORMAT_UCHAR).copy_memory();
+    const Picture picture{photo, 320, 240};
+    const QByteArray xmp("<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"><rdf:RDF "
+                         "xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\"/></x:xmpmeta>");
+    const EmbeddedMetadata metadata{{}, {}, xmp};
+    for (const int format : modernFormats) {
+        if (!ModernEncoder::unavailableReason(format).isEmpty())
+            continue;
+        const QByteArray thorough = ModernEncoder::encode(picture, format, 72, 75, false, metadata);
+        const QByteArray fast =
+            ModernEncoder::encode(picture, format, 72, 75, false, metadata, ModernEncoder::Effort::Fast);
+        ASSERT_FALSE(fast.isEmpty()) << format;
+        EXPECT_NE(fast, thorough) << format;
+        EXPECT_TRUE(fast.contains("adobe:ns:meta")) << format;
+        const VImage drawn = decode(fast).extract_band(0, VImage::option()->set("n", 3));
+        EXPECT_LT((drawn.cast(VIPS_FORMAT_FLOAT) - photo).abs().avg(), 8.0) << format;
     }
 }
 

@@ -67,6 +67,7 @@ class SettingsControls : public QWidget {
     QCheckBox* m_preserveTransparency = nullptr;
     // WebP, AVIF and JPEG XL share the JPEG page, with these two boxes shown.
     QCheckBox* m_lossless = nullptr;
+    QCheckBox* m_fastEncoding = nullptr;
     QCheckBox* m_shrinkToFit = nullptr;
     QCheckBox* m_keepSmaller = nullptr;
     QCheckBox* m_keepsAlpha = nullptr;
