@@ -505,7 +505,7 @@ QString processUsage() {
         "                             quality is still over the size limit\n"
         "  --lossless | --no-lossless      WebP and JPEG XL without loss\n"
         "  --fast-encoding | --no-fast-encoding   WebP, AVIF and JPEG XL encoded several times\n"
-        "                             faster, a few percent larger at the same quality\n"
+        "                             faster, up to a tenth larger at the same quality\n"
         "  --keep-smaller | --no-keep-smaller   copy the input instead when an output in its\n"
         "                             format would be larger\n"
         "  --keep-exif | --no-keep-exif\n"

@@ -51,7 +51,7 @@ struct OutputSettings {
     // is replaced by the input's bytes.
     bool keepSmallerOriginal = false;
     // WebP, AVIF and JPEG XL encoded with less effort: several times faster,
-    // for a file a few percent larger at the same quality.
+    // for a file up to a tenth larger at the same quality setting.
     bool fastEncoding = false;
     RgbaColor background = RgbaColor::white();
 

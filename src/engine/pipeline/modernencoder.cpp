@@ -113,7 +113,7 @@ QByteArray encodeOrThrow(const Picture& picture, int format, int resolution, int
     const char* suffix = jxl ? ".jxl" : ".webp";
     options->set("lossless", lossless);
     if (effort == Effort::Fast)
-        options->set("effort", jxl ? 3 : 1);
+        options->set("effort", jxl ? 3 : 0);
     // Without any metadata libvips would still make up an EXIF block.
     options->set("strip", metadata.iccProfile.isEmpty() && metadata.exif.isEmpty() && metadata.xmp.isEmpty());
     void* data = nullptr;

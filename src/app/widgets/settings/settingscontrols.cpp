@@ -197,7 +197,7 @@ void SettingsControls::build(Sheets& sheets, const QStringList& resolutionSet) {
     m_keepsAlpha->setObjectName(QStringLiteral("modernTransparency"));
     m_fastEncoding = new QCheckBox(tr("Fast encoding"));
     m_fastEncoding->setObjectName(QStringLiteral("fastEncoding"));
-    m_fastEncoding->setToolTip(tr("Encodes several times faster, for files a few percent larger at the "
+    m_fastEncoding->setToolTip(tr("Encodes several times faster, for files up to a tenth larger at the "
                                   "same quality"));
     jpeg->addRow(QString(), row({m_lossless, m_keepsAlpha, m_fastEncoding}));
     m_preserveTransparency = new QCheckBox(tr("Keep transparency"));
