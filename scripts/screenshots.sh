@@ -25,6 +25,7 @@
 #   versions.png        the main window with three versions in the settings column
 #   metadata-choice.png the main window with a metadata policy beside "Keep EXIF data"
 #   metadata-menu.png   the main window with the metadata menu open
+#   webp-fast.png       the main window writing WebP with fast encoding
 set -euo pipefail
 [ -n "${QUILLET_TRACE:-}" ] && set -x
 cd "$(dirname "$0")/.."
@@ -162,6 +163,7 @@ still 'About Quillet' "$shots/about-box.png" "" --show about
 still Quillet "$shots/scaling-folded.png" "ScaleType=4\n$sizes\nScaleOptionsExpanded=false"
 still Quillet "$shots/metadata-choice.png" "ScaleType=4\n$sizes\nMetadataPolicy=1"
 still Quillet "$shots/metadata-menu.png" "ScaleType=4\n$sizes\nMetadataPolicy=1" --show metadata
+still Quillet "$shots/webp-fast.png" "ScaleType=4\n$sizes\nFileFormat=104\nFastEncoding=true"
 mkdir -p "$work/preview"
 cp samples/*.jpg samples/phone/*.jpg "$work/preview/"
 # The pictures are opened, so a batch runs first; the preview follows the drop.
