@@ -4,6 +4,8 @@
 // with a profile, a Display P3 HEIC, an XMP-only picture.
 
 #include "../metadata/exifblocks.h"
+#include "engine/pipeline/modernencoder.h"
+#include "settings/processingparams.h"
 #include "testsupport.h"
 
 #include <QDir>
@@ -97,11 +99,26 @@ class MetadataPolicyTest : public ::testing::Test {
     QString lastLog;
 };
 
+// Mean colour of a picture as shown: converted to sRGB by its profile when it has one.
+std::vector<double> shownMean(const QString& path) {
+    vips::VImage image = vips::VImage::new_from_file(QFile::encodeName(path).constData());
+    if (image.get_typeof(VIPS_META_ICC_NAME))
+        image = image.icc_transform("srgb", vips::VImage::option()->set("embedded", true));
+    std::vector<double> mean;
+    for (int band = 0; band < 3; ++band)
+        mean.push_back(image.extract_band(band).avg());
+    return mean;
+}
+
 TEST_F(MetadataPolicyTest, NoLocationLeavesNoPlaceOrSerialButKeepsOrientationDateAndProfile) {
     const QString keep = convert(QStringLiteral("keep"), QStringLiteral("jpeg"));
     EXPECT_FALSE(keysLike(tags(output(keep, Samples[0], "jpg")), QStringLiteral("GPS")).isEmpty())
         << "the GPS sample keeps its location by default";
-    for (const QString& format : {QStringLiteral("jpeg"), QStringLiteral("webp"), QStringLiteral("avif")}) {
+    QStringList formats = {QStringLiteral("jpeg"), QStringLiteral("webp"), QStringLiteral("avif")};
+    // JPEG XL where this system writes it: its EXIF and XMP sit in boxes of their own.
+    if (ModernEncoder::unavailableReason(FileFormat::JpegXl).isEmpty())
+        formats.append(QStringLiteral("jxl"));
+    for (const QString& format : formats) {
         SCOPED_TRACE(format.toStdString());
         const QString suffix = format == QLatin1String("jpeg") ? QStringLiteral("jpg") : format;
         const QString folder = convert(QStringLiteral("no-location"), format);
@@ -113,8 +130,18 @@ TEST_F(MetadataPolicyTest, NoLocationLeavesNoPlaceOrSerialButKeepsOrientationDat
             EXPECT_EQ(keysLike(after, QStringLiteral("GPS|SerialNumber|OwnerName")), QStringList());
             EXPECT_EQ(value(after, QStringLiteral("DateTimeOriginal")),
                       value(before, QStringLiteral("DateTimeOriginal")));
-            EXPECT_EQ(value(after, QStringLiteral("ProfileDescription")),
-                      value(before, QStringLiteral("ProfileDescription")));
+            // exiftool does not read the profile inside a JPEG XL codestream, and
+            // libvips reads back one made for the decoded pixels: what counts is
+            // that the colours show as they did.
+            if (format == QLatin1String("jxl")) {
+                const std::vector<double> shown = shownMean(output(keep, name, "jpg"));
+                const std::vector<double> now = shownMean(output(folder, name, suffix));
+                for (int band = 0; band < 3; ++band)
+                    EXPECT_NEAR(now[size_t(band)], shown[size_t(band)], 2.0) << "band " << band;
+            } else {
+                EXPECT_EQ(value(after, QStringLiteral("ProfileDescription")),
+                          value(before, QStringLiteral("ProfileDescription")));
+            }
             if (!name.endsWith(QLatin1String(".HEIC"))) { // decoded upright, so it says 1
                 EXPECT_EQ(after.value(QStringLiteral("IFD0:Orientation")),
                           before.value(QStringLiteral("IFD0:Orientation")));
@@ -141,17 +168,6 @@ TEST_F(MetadataPolicyTest, MinimalKeepsOnlyTheFewThingsItNames) {
     // The record `quillet info` shows has nothing of the camera left.
     const Outcome info = quillet({QStringLiteral("info"), output(folder, Samples[0], "jpg")});
     EXPECT_FALSE(info.log.contains(QLatin1String("EASTMAN"), Qt::CaseInsensitive)) << qPrintable(info.log);
-}
-
-// Mean colour of a picture as shown: converted to sRGB by its profile when it has one.
-std::vector<double> shownMean(const QString& path) {
-    vips::VImage image = vips::VImage::new_from_file(QFile::encodeName(path).constData());
-    if (image.get_typeof(VIPS_META_ICC_NAME))
-        image = image.icc_transform("srgb", vips::VImage::option()->set("embedded", true));
-    std::vector<double> mean;
-    for (int band = 0; band < 3; ++band)
-        mean.push_back(image.extract_band(band).avg());
-    return mean;
 }
 
 TEST_F(MetadataPolicyTest, NoneLeavesNothingAndThePictureLooksTheSame) {
