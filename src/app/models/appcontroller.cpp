@@ -126,15 +126,9 @@ void AppController::processFiles(const QStringList& paths) {
         return;
     }
 
-    // A version that cannot run stops the batch before anything is asked or written.
-    VersionList::Resolved versions = m_models.versions().resolve(m_models.settings().request());
-    if (!versions.error.isEmpty()) {
-        m_questions.runMessageSheet(tr("Versions"),
-                                    tr("The batch cannot start: %1. Remove it from the versions, or add "
-                                       "the preset again.")
-                                        .arg(versions.error));
+    std::optional<std::vector<OutputVersion>> versions = resolvedVersions();
+    if (!versions)
         return;
-    }
 
     const QString destination = m_models.destinations().selected();
     QString output = destination;
@@ -170,19 +164,39 @@ void AppController::processFiles(const QStringList& paths) {
     setOutputFolder(output);
     setStatus({});
     m_models.renaming().reload();
-    m_job->processFiles(paths, std::move(versions.versions), output, m_models.creators().currentCode(),
+    m_job->processFiles(paths, std::move(*versions), output, m_models.creators().currentCode(),
                         BatchOptions::fromDefaults(defaults));
+}
+
+std::optional<std::vector<OutputVersion>> AppController::resolvedVersions() {
+    // A version that cannot run stops the batch before anything is asked or written.
+    VersionList::Resolved versions = m_models.versions().resolve(m_models.settings().request());
+    if (!versions.error.isEmpty()) {
+        m_questions.runMessageSheet(tr("Versions"),
+                                    tr("The batch cannot start: %1. Remove it from the versions, or add "
+                                       "the preset again.")
+                                        .arg(versions.error));
+        return std::nullopt;
+    }
+    return std::move(versions.versions);
 }
 
 void AppController::processSingleFile(const QString& path, int option) {
     const ProcessingRequest request = m_models.settings().request();
     const BatchOptions options = BatchOptions::fromDefaults(m_models.defaults());
     if (option == 1) {
+        // A batch of one file onto the desktop, every version of it; the
+        // clipboard and the image viewer below take one picture, the current
+        // settings'.
+        std::optional<std::vector<OutputVersion>> versions = resolvedVersions();
+        if (!versions)
+            return;
         const QString desktop = desktopFolder();
         QDir().mkpath(desktop);
         setOutputFolder(desktop);
         setProcessing(true);
-        m_job->processFiles({path}, request, desktop, m_models.creators().currentCode(), options);
+        m_job->processFiles({path}, std::move(*versions), desktop, m_models.creators().currentCode(),
+                            options);
         return;
     }
     if (option != 2 && option != 3)

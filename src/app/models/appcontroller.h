@@ -7,6 +7,8 @@
 #include <QObject>
 
 #include <memory>
+#include <optional>
+#include <vector>
 
 namespace quillet {
 
@@ -83,6 +85,8 @@ class AppController : public QObject {
 
   private:
     void processSingleFile(const QString& path, int option);
+    // The batch's versions, or none after telling the user which one cannot run.
+    std::optional<std::vector<OutputVersion>> resolvedVersions();
     void didProcess(int processed, int total);
     void didProcessSingleFile(const std::optional<QString>& output, bool toClipboard);
     void setStatus(const QString& status);

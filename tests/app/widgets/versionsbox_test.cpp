@@ -4,6 +4,7 @@
 
 #include <QDirIterator>
 #include <QMenu>
+#include <QScopeGuard>
 #include <QToolButton>
 #include <QTreeWidget>
 
@@ -87,6 +88,37 @@ TEST_F(VersionsBoxTest, AVersionWhosePresetIsGoneStopsTheBatchBeforeAnyFile) {
     EXPECT_EQ(asked, QStringList{"Versions"});
     EXPECT_FALSE(controller->isBatchRunning());
     EXPECT_FALSE(QFileInfo::exists(out));
+}
+
+// A single file dropped with "convert onto the desktop" is a batch of one
+// file, with every version; the clipboard takes one picture, the current
+// settings', and a version that cannot run stops the desktop run alike.
+TEST_F(VersionsBoxTest, ASingleFileOnTheDesktopGetsEveryVersionAndTheClipboardOne) {
+    addPreset(QStringLiteral("Web"), 8, FileFormat::Png);
+    models->versions().add(QStringLiteral("Web"));
+    const QStringList picture = makePictures(in(), 1);
+    const QString desktopFolder = AppController::desktopFolder();
+    const auto cleanup = qScopeGuard([&] { QDir(desktopFolder).removeRecursively(); });
+
+    models->defaults().setInt(QStringLiteral("SingleFile"), 1);
+    ASSERT_TRUE(runBatch(picture));
+    EXPECT_TRUE(QFileInfo::exists(desktopFolder + QStringLiteral("/pic00.jpg")));
+    EXPECT_TRUE(QFileInfo::exists(desktopFolder + QStringLiteral("/Web/pic00.png")));
+
+    models->defaults().setInt(QStringLiteral("SingleFile"), 2);
+    controller->processFiles(picture);
+    ASSERT_TRUE(waitForIdle());
+    ASSERT_EQ(desktop.copied.size(), 1);
+    EXPECT_TRUE(desktop.copied.first().endsWith(QStringLiteral("/pic00.jpg")));
+
+    QDir(desktopFolder).removeRecursively();
+    models->versions().add(QStringLiteral("Gone"));
+    models->defaults().setInt(QStringLiteral("SingleFile"), 1);
+    sheets.setNextAnswer(1);
+    controller->processFiles(picture);
+    EXPECT_EQ(asked, QStringList{"Versions"});
+    EXPECT_FALSE(controller->isProcessing());
+    EXPECT_FALSE(QFileInfo::exists(desktopFolder));
 }
 
 } // namespace
