@@ -18,6 +18,7 @@
 #include <exception>
 #include <map>
 #include <optional>
+#include <tuple>
 #include <utility>
 
 namespace quillet {
