@@ -13,6 +13,12 @@
 #include <gtest/gtest.h>
 #include <vips/vips8>
 
+// Failure messages show a QString (and so a QStringList) as its text rather
+// than as the bytes of its characters.
+inline void PrintTo(const QString& text, std::ostream* out) {
+    *out << '"' << text.toStdString() << '"';
+}
+
 namespace quillet {
 
 // Fixtures shared by every suite.

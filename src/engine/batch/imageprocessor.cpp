@@ -45,7 +45,7 @@ int renderThreadCount(const BatchOptions& options) {
 QString versionFolder(const QString& levelDir, const QString& batchDir, const OutputVersion& version) {
     if (version.folder.isEmpty())
         return levelDir;
-    const QDir batch(batchDir);
+    const QDir batch(absolutePath(batchDir));
     return QDir::cleanPath(
         batch.filePath(version.folder + QLatin1Char('/') + batch.relativeFilePath(levelDir)));
 }

@@ -95,16 +95,21 @@ TEST_F(OutputVersionsTest, EachVersionIsTheTreeItsOwnBatchWrites) {
     EXPECT_TRUE(sums.contains(QStringLiteral("web/in/photos/notes.txt")));
 }
 
-TEST_F(OutputVersionsTest, AVersionThatFailsToEncodeIsReportedWhileTheOthersAreWritten) {
+TEST_F(OutputVersionsTest, AVersionThatFailsToEncodeIsReportedInFullWhileTheOthersAreWritten) {
     batchtree::picture(p(QStringLiteral("a.png")), 80, 60);
     batchtree::picture(p(QStringLiteral("b.png")), 60, 80);
     // No encoder writes this format: its bytes come out empty.
     const std::vector<OutputVersion> versions = {{fit(40, FileFormat::Jpeg), {}, {}},
                                                  {fit(30, 999), QStringLiteral("broken"), {}},
                                                  {fit(20, FileFormat::Png), QStringLiteral("small"), {}}};
+    // Given as a relative path, the destination is still named in full in
+    // every version's messages.
     RecordingShell shell;
     const QString dest = tmp->path() + QStringLiteral("/out");
-    const QStringList calls = run(versions, dest, shell);
+    const QString cwd = QDir::currentPath();
+    QDir::setCurrent(tmp->path());
+    const QStringList calls = run(versions, QStringLiteral("out"), shell);
+    QDir::setCurrent(cwd);
 
     EXPECT_EQ(batchtree::entries(dest), QStringLiteral("broken broken/in in in/a.jpg in/b.jpg small small/in "
                                                        "small/in/a.png small/in/b.png"));
