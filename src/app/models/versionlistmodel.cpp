@@ -1,5 +1,6 @@
 #include "app/models/versionlistmodel.h"
 
+#include "app/models/requestsummary.h"
 #include "settings/presetstore.h"
 #include "settings/settingsschema.h"
 #include "settings/userdefaults.h"
@@ -27,6 +28,14 @@ QString VersionListModel::placement(int row) const {
     if (e.isCurrent())
         return tr("Into the destination");
     return tr("Into the folder '%1'").arg(QString(e.preset).replace(QLatin1Char('/'), QLatin1Char(':')));
+}
+
+QString VersionListModel::makes(int row, const ProcessingRequest& current) const {
+    const VersionList::Entry e = entry(row);
+    if (e.isCurrent())
+        return RequestSummary::of(current);
+    const std::optional<ProcessingParams> preset = PresetStore::lookup(m_store, e.preset);
+    return preset ? RequestSummary::of(ProcessingRequest::fromRecord(*preset)) : QString();
 }
 
 bool VersionListModel::isMissing(int row) const {

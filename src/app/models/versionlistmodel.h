@@ -29,6 +29,9 @@ class VersionListModel : public QObject {
     // "Writes into the destination", "... into the folder 'Web'", "... beside
     // them, names ending in '_t'", or why the row cannot run.
     QString placement(int row) const;
+    // What the row's version makes ("JPEG 80 · fit 2560×2560"), with
+    // `current` for the current settings; empty for a missing preset.
+    QString makes(int row, const ProcessingRequest& current) const;
     // The preset a row names is not in the store (it was deleted or renamed).
     bool isMissing(int row) const;
 

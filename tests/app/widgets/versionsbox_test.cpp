@@ -3,8 +3,11 @@
 #include "settings/presetstore.h"
 
 #include <QDirIterator>
+#include <QHeaderView>
+#include <QLineEdit>
 #include <QMenu>
 #include <QScopeGuard>
+#include <QTest>
 #include <QToolButton>
 #include <QTreeWidget>
 
@@ -28,7 +31,10 @@ class VersionsBoxTest : public GuiTest {
         QStringList out;
         for (int i = 0; i < box.list()->topLevelItemCount(); ++i) {
             const QTreeWidgetItem* item = box.list()->topLevelItem(i);
-            out.append(item->text(0) + QLatin1Char('|') + item->text(1) + QLatin1Char('|') + item->text(2));
+            QStringList columns;
+            for (int column = 0; column < item->columnCount(); ++column)
+                columns.append(item->text(column));
+            out.append(columns.join(QLatin1Char('|')));
         }
         return out;
     }
@@ -44,8 +50,8 @@ class VersionsBoxTest : public GuiTest {
 TEST_F(VersionsBoxTest, TheListAddsPresetsTakesSuffixesAndEveryBatchWritesEachVersion) {
     addPreset(QStringLiteral("Web"), 8, FileFormat::Png);
     addPreset(QStringLiteral("Thumb"), 4, FileFormat::Jpeg);
-    VersionsBox box(models->versions());
-    EXPECT_EQ(rows(box), QStringList{"Current settings||Into the destination"});
+    VersionsBox box(models->versions(), models->settings());
+    EXPECT_EQ(rows(box), QStringList{"Current settings|JPEG 80 · fit 16×16||Into the destination"});
     EXPECT_FALSE(box.findChild<QToolButton*>(QStringLiteral("removeVersionButton"))->isEnabled());
 
     // The + menu offers the presets; the current settings are there already.
@@ -54,11 +60,39 @@ TEST_F(VersionsBoxTest, TheListAddsPresetsTakesSuffixesAndEveryBatchWritesEachVe
     ASSERT_EQ(menu->actions().size(), 2);
     menu->actions().at(0)->trigger();
     menu->actions().at(1)->trigger();
-    box.list()->topLevelItem(2)->setText(1, QStringLiteral("_t"));
-    EXPECT_EQ(rows(box), (QStringList{"Current settings||Into the destination", "Web||Into the folder 'Web'",
-                                      "Thumb|_t|Names ending in '_t'"}));
+    box.list()->topLevelItem(2)->setText(2, QStringLiteral("_t"));
+    EXPECT_EQ(rows(box), (QStringList{"Current settings|JPEG 80 · fit 16×16||Into the destination",
+                                      "Web|PNG · fit 8×8||Into the folder 'Web'",
+                                      "Thumb|JPEG 80 · fit 4×4|_t|Names ending in '_t'"}));
+    // A double-click anywhere on a row edits its suffix.
+    QTreeWidget* list = box.list();
+    box.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&box));
+    const QRect web = list->visualItemRect(list->topLevelItem(1));
+    const QPoint title(web.left() + 5, web.center().y());
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, title);
+    QTest::mouseDClick(list->viewport(), Qt::LeftButton, {}, title);
+    QLineEdit* editor = list->findChild<QLineEdit*>();
+    ASSERT_NE(editor, nullptr);
+    EXPECT_EQ(editor->geometry().left(), list->header()->sectionViewportPosition(2));
+    QTest::keyClicks(editor, QStringLiteral("_w"));
+    QTest::keyClick(editor, Qt::Key_Return);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(list->topLevelItem(1)->text(2), QStringLiteral("_w"));
+    EXPECT_EQ(models->defaults().stringList(QStringLiteral("OutputVersions")),
+              (QStringList{"*", "Web:_w", "Thumb:_t"}));
+    list->topLevelItem(1)->setText(2, QString());
     EXPECT_EQ(models->defaults().stringList(QStringLiteral("OutputVersions")),
               (QStringList{"*", "Web", "Thumb:_t"}));
+
+    // The current settings' row follows the controls.
+    ProcessingRequest edited = models->settings().value();
+    edited.output.hasSizeLimit = true;
+    edited.output.sizeLimit = 200;
+    models->settings().apply(edited);
+    EXPECT_EQ(box.list()->topLevelItem(0)->text(1), QStringLiteral("JPEG 80, ≤ 200 KB · fit 16×16"));
+    edited.output.hasSizeLimit = false;
+    models->settings().apply(edited);
 
     makePictures(in(), 2, 32);
     ASSERT_TRUE(runBatch({in()}));
@@ -71,7 +105,7 @@ TEST_F(VersionsBoxTest, TheListAddsPresetsTakesSuffixesAndEveryBatchWritesEachVe
     box.findChild<QToolButton*>(QStringLiteral("removeVersionButton"))->click();
     box.list()->setCurrentItem(box.list()->topLevelItem(1));
     box.findChild<QToolButton*>(QStringLiteral("removeVersionButton"))->click();
-    EXPECT_EQ(rows(box), QStringList{"Current settings||Into the destination"});
+    EXPECT_EQ(rows(box), QStringList{"Current settings|JPEG 80 · fit 16×16||Into the destination"});
     EXPECT_TRUE(models->defaults().stringList(QStringLiteral("OutputVersions")).isEmpty());
 }
 
@@ -79,8 +113,8 @@ TEST_F(VersionsBoxTest, AVersionWhosePresetIsGoneStopsTheBatchBeforeAnyFile) {
     addPreset(QStringLiteral("Web"), 8, FileFormat::Png);
     models->versions().add(QStringLiteral("Web"));
     models->versions().add(QStringLiteral("Gone"));
-    VersionsBox box(models->versions());
-    EXPECT_EQ(box.list()->topLevelItem(2)->text(2), QStringLiteral("No preset of this name"));
+    VersionsBox box(models->versions(), models->settings());
+    EXPECT_EQ(box.list()->topLevelItem(2)->text(3), QStringLiteral("No preset of this name"));
 
     makePictures(in(), 2);
     sheets.setNextAnswer(1);

@@ -44,7 +44,7 @@ SettingsPanel::SettingsPanel(AppController& controller, AppModels& models, Sheet
     // Made after the buttons so that the tab order follows the reading order.
     m_fileOptions = new FileOptionsBox(models.defaults(), content);
     layout->addWidget(m_fileOptions);
-    m_versions = new VersionsBox(models.versions(), content);
+    m_versions = new VersionsBox(models.versions(), models.settings(), content);
     layout->addWidget(m_versions);
     layout->addStretch(1);
     setWidget(content);

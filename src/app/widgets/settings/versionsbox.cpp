@@ -1,5 +1,6 @@
 #include "app/widgets/settings/versionsbox.h"
 
+#include "app/models/settingsmodel.h"
 #include "app/models/versionlistmodel.h"
 
 #include <QHBoxLayout>
@@ -13,24 +14,24 @@ namespace quillet {
 
 namespace {
 
-enum Column { VersionColumn, SuffixColumn, PlacementColumn };
+enum Column { VersionColumn, MakesColumn, SuffixColumn, PlacementColumn };
 
 } // namespace
 
-VersionsBox::VersionsBox(VersionListModel& model, QWidget* parent)
-    : QGroupBox(tr("Versions"), parent), m_model(model), m_list(new QTreeWidget), m_addMenu(new QMenu(this)),
-      m_remove(new QToolButton) {
+VersionsBox::VersionsBox(VersionListModel& model, SettingsModel& settings, QWidget* parent)
+    : QGroupBox(tr("Versions"), parent), m_model(model), m_settings(settings), m_list(new QTreeWidget),
+      m_addMenu(new QMenu(this)), m_remove(new QToolButton) {
     setObjectName(QStringLiteral("versionsBox"));
     m_list->setObjectName(QStringLiteral("versionsList"));
-    m_list->setHeaderLabels({tr("Version"), tr("Suffix"), tr("Files")});
+    m_list->setHeaderLabels({tr("Version"), tr("Makes"), tr("Suffix"), tr("Files")});
     m_list->setRootIsDecorated(false);
     m_list->setUniformRowHeights(true);
-    m_list->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
-                            QAbstractItemView::SelectedClicked);
+    // Only the suffix is edited in place, whichever column is double-clicked.
+    m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_list->header()->setStretchLastSection(true);
-    m_list->setToolTip(tr("Every picture is written once per version. Double-click a suffix to write that "
-                          "version beside the others with the suffix added to its names; without one it "
-                          "goes into a folder of its name."));
+    m_list->setToolTip(tr("Every picture is written once per version. Double-click a version (or press "
+                          "Return) to give it a suffix: its files are then written beside the others with "
+                          "the suffix added to their names; without one they go into a folder of its name."));
     m_list->setMinimumHeight(m_list->fontMetrics().height() * 6);
     m_list->setMaximumHeight(m_list->fontMetrics().height() * 9);
 
@@ -58,29 +59,49 @@ VersionsBox::VersionsBox(VersionListModel& model, QWidget* parent)
         if (!m_filling && column == SuffixColumn)
             m_model.setSuffix(m_list->indexOfTopLevelItem(item), item->text(SuffixColumn));
     });
+    connect(m_list, &QTreeWidget::itemActivated, this,
+            [this](QTreeWidgetItem* item) { m_list->editItem(item, SuffixColumn); });
     connect(m_list, &QTreeWidget::currentItemChanged, this,
             [this] { m_remove->setEnabled(m_model.count() > 1 && m_list->currentItem()); });
     connect(&m_model, &VersionListModel::changed, this, &VersionsBox::refresh);
+    connect(&m_settings, &SettingsModel::changed, this, &VersionsBox::showCurrentMakes);
     refresh();
 }
 
 void VersionsBox::refresh() {
     m_filling = true;
-    const int current = m_list->currentIndex().row();
-    m_list->clear();
-    for (int row = 0; row < m_model.count(); ++row) {
-        auto* item =
-            new QTreeWidgetItem({m_model.title(row), m_model.entry(row).suffix, m_model.placement(row)});
+    // The rows are updated in place: a suffix just typed is committed from
+    // inside its editor, which must still have its row when it closes.
+    const int count = m_model.count();
+    while (m_list->topLevelItemCount() > count)
+        delete m_list->takeTopLevelItem(m_list->topLevelItemCount() - 1);
+    while (m_list->topLevelItemCount() < count) {
+        auto* item = new QTreeWidgetItem;
         item->setFlags(item->flags() | Qt::ItemIsEditable);
-        if (m_model.isMissing(row))
-            for (int column : {VersionColumn, PlacementColumn})
-                item->setForeground(column, QColor(Qt::red));
         m_list->addTopLevelItem(item);
     }
-    m_list->resizeColumnToContents(VersionColumn);
-    if (current >= 0 && current < m_model.count())
-        m_list->setCurrentItem(m_list->topLevelItem(current));
-    m_remove->setEnabled(m_model.count() > 1 && m_list->currentItem());
+    const ProcessingRequest current = m_settings.request();
+    for (int row = 0; row < count; ++row) {
+        QTreeWidgetItem* item = m_list->topLevelItem(row);
+        const QStringList texts = {m_model.title(row), m_model.makes(row, current), m_model.entry(row).suffix,
+                                   m_model.placement(row)};
+        for (int column = 0; column < int(texts.size()); ++column)
+            item->setText(column, texts[column]);
+        const QBrush text = m_model.isMissing(row) ? QBrush(Qt::red) : QBrush();
+        for (int column : {VersionColumn, PlacementColumn})
+            item->setForeground(column, text);
+    }
+    for (int column : {VersionColumn, MakesColumn})
+        m_list->resizeColumnToContents(column);
+    m_remove->setEnabled(count > 1 && m_list->currentItem());
+    m_filling = false;
+}
+
+void VersionsBox::showCurrentMakes() {
+    m_filling = true;
+    for (int row = 0; row < m_model.count() && row < m_list->topLevelItemCount(); ++row)
+        if (m_model.entry(row).isCurrent())
+            m_list->topLevelItem(row)->setText(MakesColumn, m_model.makes(row, m_settings.request()));
     m_filling = false;
 }
 
