@@ -185,10 +185,10 @@ still 'In-Place' "$shots/inplace-icons.png" "" --show icons
 # beside them with a suffix. The presets go in through the tool first.
 printf '[General]\nOnTheFlyFolder=false\nShowAutoRotateHint=false\nScaleType=4\n%b\nOutputVersions=*, Web, Thumbnail:_thumb\n' \
     "$sizes" >"$work/versions.ini"
-for preset in "Web 1280 104" "Thumbnail 320 101"; do
+for preset in "Web 1280 104 80" "Thumbnail 320 101 70"; do
     set -- $preset
-    printf '{"format": "quillet-preset", "version": 1, "preset": {"Name": "%s", "ScaleType": 4, "Width": %s, "Height": %s, "FileFormat": %s}}\n' \
-        "$1" "$2" "$2" "$3" >"$work/$1.json"
+    printf '{"format": "quillet-preset", "version": 1, "preset": {"Name": "%s", "ScaleType": 4, "Width": %s, "Height": %s, "FileFormat": %s, "JpegQuality": %s}}\n' \
+        "$1" "$2" "$2" "$3" "$4" >"$work/$1.json"
     build/release/quillet --settings "$work/versions.ini" presets import "$work/$1.json" >/dev/null
 done
 build/release/quillet-gui --settings "$work/versions.ini" --show versions 2>>"$work/stderr.log" &

@@ -91,7 +91,8 @@ void VersionsBox::refresh() {
         for (int column : {VersionColumn, PlacementColumn})
             item->setForeground(column, text);
     }
-    for (int column : {VersionColumn, MakesColumn})
+    // The last column, where the files go, takes what the others leave.
+    for (int column : {VersionColumn, MakesColumn, SuffixColumn})
         m_list->resizeColumnToContents(column);
     m_remove->setEnabled(count > 1 && m_list->currentItem());
     m_filling = false;
