@@ -72,6 +72,23 @@ vips::VImage solidImage(int width, int height, int r, int g, int b, int a) {
         .cast(VIPS_FORMAT_UCHAR);
 }
 
+vips::VImage busyPicture(int width, int height, int bands) {
+    using vips::VImage;
+    const VImage noise =
+        VImage::gaussnoise(width, height, VImage::option()->set("sigma", 70.0)->set("seed", 7));
+    VImage image = noise;
+    for (int b = 1; b < bands; ++b)
+        image = image.bandjoin(b % 2 ? noise.flip(VIPS_DIRECTION_HORIZONTAL)
+                                     : noise.flip(VIPS_DIRECTION_VERTICAL));
+    return image.cast(VIPS_FORMAT_UCHAR).copy_memory();
+}
+
+std::vector<uint8_t> bytesOf(const vips::VImage& image) {
+    const vips::VImage memory = image.copy_memory();
+    const auto* data = static_cast<const uint8_t*>(memory.data());
+    return {data, data + VIPS_IMAGE_SIZEOF_IMAGE(memory.get_image())};
+}
+
 Picture solidPicture(int width, int height, int r, int g, int b, int a) {
     return Picture{solidImage(width, height, r, g, b, a), double(width), double(height)};
 }

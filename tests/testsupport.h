@@ -56,6 +56,11 @@ QMap<QString, QByteArray> fileTree(const QString& root);
 // A solid 4-band picture of the given size and colour.
 vips::VImage solidImage(int width, int height, int r, int g, int b, int a = 255);
 Picture solidPicture(int width, int height, int r, int g, int b, int a = 255);
+// An 8-bit picture with deterministic detail in every band: noise and edges,
+// no flat areas. Bands are left uninterpreted (4 bands are not alpha).
+vips::VImage busyPicture(int width, int height, int bands);
+// The pixels as bytes, row after row.
+std::vector<uint8_t> bytesOf(const vips::VImage& image);
 // One pixel as {r, g, b, a}.
 std::vector<double> pixelAt(const vips::VImage& image, int x, int y);
 

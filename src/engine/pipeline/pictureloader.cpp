@@ -1,5 +1,7 @@
 #include "engine/pipeline/pictureloader.h"
 
+#include "engine/geometry/boxshrink.h"
+
 #include <QFile>
 
 #include <array>
@@ -59,6 +61,8 @@ vips::VImage normalise(vips::VImage image) {
 // premultiplied where there is alpha, or transparent pixels would bleed into
 // their neighbours.
 vips::VImage boxShrunk(const vips::VImage& image, int factor) {
+    if (BoxShrink::takes(image))
+        return BoxShrink::shrink(image, factor);
     if (!vips_image_hasalpha(image.get_image()))
         return image.shrink(factor, factor);
     return image.premultiply().shrink(factor, factor).unpremultiply().cast(image.format());

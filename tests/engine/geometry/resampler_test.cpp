@@ -12,26 +12,11 @@
 using namespace quillet;
 
 using Resampler::AxisMap;
+using testsupport::busyPicture;
+using testsupport::bytesOf;
 using vips::VImage;
 
 namespace {
-
-// Deterministic detail in every band: noise and edges, no flat areas.
-VImage busyPicture(int width, int height, int bands) {
-    const VImage noise =
-        VImage::gaussnoise(width, height, VImage::option()->set("sigma", 70.0)->set("seed", 7));
-    VImage image = noise;
-    for (int b = 1; b < bands; ++b)
-        image = image.bandjoin(b % 2 ? noise.flip(VIPS_DIRECTION_HORIZONTAL)
-                                     : noise.flip(VIPS_DIRECTION_VERTICAL));
-    return image.cast(VIPS_FORMAT_UCHAR).copy_memory();
-}
-
-std::vector<uint8_t> bytesOf(const VImage& image) {
-    const VImage memory = image.copy_memory();
-    const auto* data = static_cast<const uint8_t*>(memory.data());
-    return {data, data + VIPS_IMAGE_SIZEOF_IMAGE(memory.get_image())};
-}
 
 VImage resampled(const VImage& image, const AxisMap& x, const AxisMap& y, int interpolation = 3) {
     const auto out = Resampler::resample(image, x, y, interpolation);
