@@ -14,33 +14,32 @@ QStringList VersionListModel::entries() const {
     return VersionList::effective(m_defaults.stringList(QLatin1String(StoreKey::OutputVersions)));
 }
 
-QString VersionListModel::title(int row) const {
-    const VersionList::Entry e = entry(row);
-    return e.isCurrent() ? tr("Current settings") : e.preset;
-}
-
-QString VersionListModel::placement(int row) const {
-    const VersionList::Entry e = entry(row);
-    if (isMissing(row))
-        return tr("No preset of this name");
-    if (!e.suffix.isEmpty())
-        return tr("Names ending in '%1'").arg(e.suffix);
-    if (e.isCurrent())
-        return tr("Into the destination");
-    return tr("Into the folder '%1'").arg(QString(e.preset).replace(QLatin1Char('/'), QLatin1Char(':')));
-}
-
-QString VersionListModel::makes(int row, const ProcessingRequest& current) const {
-    const VersionList::Entry e = entry(row);
-    if (e.isCurrent())
-        return RequestSummary::of(current);
-    const std::optional<ProcessingParams> preset = PresetStore::lookup(m_store, e.preset);
-    return preset ? RequestSummary::of(ProcessingRequest::fromRecord(*preset)) : QString();
-}
-
-bool VersionListModel::isMissing(int row) const {
-    const VersionList::Entry e = entry(row);
-    return !e.isCurrent() && !presetNames().contains(e.preset);
+QList<VersionListModel::Row> VersionListModel::rows(const ProcessingRequest& current) const {
+    const PresetStore presets = PresetStore::load(m_store);
+    QList<Row> rows;
+    for (const QString& item : entries()) {
+        const VersionList::Entry e = VersionList::parse(item);
+        Row row;
+        row.suffix = e.suffix;
+        const int index = e.isCurrent() ? -1 : presets.indexOfName(e.preset);
+        row.missing = !e.isCurrent() && index < 0;
+        row.title = e.isCurrent() ? tr("Current settings") : e.preset;
+        if (e.isCurrent())
+            row.makes = RequestSummary::of(current);
+        else if (!row.missing)
+            row.makes = RequestSummary::of(ProcessingRequest::fromRecord(presets.presets().at(index)));
+        if (row.missing)
+            row.placement = tr("No preset of this name");
+        else if (!e.suffix.isEmpty())
+            row.placement = tr("Names ending in '%1'").arg(e.suffix);
+        else if (e.isCurrent())
+            row.placement = tr("Into the destination");
+        else
+            row.placement =
+                tr("Into the folder '%1'").arg(QString(e.preset).replace(QLatin1Char('/'), QLatin1Char(':')));
+        rows.append(row);
+    }
+    return rows;
 }
 
 QStringList VersionListModel::presetNames() const {

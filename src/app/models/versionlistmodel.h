@@ -24,16 +24,18 @@ class VersionListModel : public QObject {
     QStringList entries() const;
     VersionList::Entry entry(int row) const { return VersionList::parse(entries().value(row)); }
     int count() const { return int(entries().size()); }
-    // "Current settings" or the preset's name.
-    QString title(int row) const;
-    // "Writes into the destination", "... into the folder 'Web'", "... beside
-    // them, names ending in '_t'", or why the row cannot run.
-    QString placement(int row) const;
-    // What the row's version makes ("JPEG 80 · fit 2560×2560"), with
-    // `current` for the current settings; empty for a missing preset.
-    QString makes(int row, const ProcessingRequest& current) const;
-    // The preset a row names is not in the store (it was deleted or renamed).
-    bool isMissing(int row) const;
+    // What the list shows of one entry.
+    struct Row {
+        QString title;        // "Current settings" or the preset's name
+        QString makes;        // "JPEG 80 · fit 2560×2560"; empty for a missing preset
+        QString suffix;       // empty: the version has a folder of its own
+        QString placement;    // "Into the destination", "Into the folder 'Web'",
+                              // "Names ending in '_t'", or why the row cannot run
+        bool missing = false; // the preset is not in the store (deleted or renamed)
+    };
+    // Every row, the store's presets read once, with `current` for the
+    // current settings.
+    QList<Row> rows(const ProcessingRequest& current) const;
 
     // The presets a row may name, in menu order, and whether the current
     // settings may still be added.

@@ -1,5 +1,6 @@
 #include "app/widgets/settings/versionsbox.h"
 
+#include "app/models/requestsummary.h"
 #include "app/models/settingsmodel.h"
 #include "app/models/versionlistmodel.h"
 
@@ -72,7 +73,8 @@ void VersionsBox::refresh() {
     m_filling = true;
     // The rows are updated in place: a suffix just typed is committed from
     // inside its editor, which must still have its row when it closes.
-    const int count = m_model.count();
+    const QList<VersionListModel::Row> rows = m_model.rows(m_settings.request());
+    const int count = int(rows.size());
     while (m_list->topLevelItemCount() > count)
         delete m_list->takeTopLevelItem(m_list->topLevelItemCount() - 1);
     while (m_list->topLevelItemCount() < count) {
@@ -80,14 +82,14 @@ void VersionsBox::refresh() {
         item->setFlags(item->flags() | Qt::ItemIsEditable);
         m_list->addTopLevelItem(item);
     }
-    const ProcessingRequest current = m_settings.request();
-    for (int row = 0; row < count; ++row) {
-        QTreeWidgetItem* item = m_list->topLevelItem(row);
-        const QStringList texts = {m_model.title(row), m_model.makes(row, current), m_model.entry(row).suffix,
-                                   m_model.placement(row)};
-        for (int column = 0; column < int(texts.size()); ++column)
-            item->setText(column, texts[column]);
-        const QBrush text = m_model.isMissing(row) ? QBrush(Qt::red) : QBrush();
+    for (int i = 0; i < count; ++i) {
+        const VersionListModel::Row& row = rows.at(i);
+        QTreeWidgetItem* item = m_list->topLevelItem(i);
+        item->setText(VersionColumn, row.title);
+        item->setText(MakesColumn, row.makes);
+        item->setText(SuffixColumn, row.suffix);
+        item->setText(PlacementColumn, row.placement);
+        const QBrush text = row.missing ? QBrush(Qt::red) : QBrush();
         for (int column : {VersionColumn, PlacementColumn})
             item->setForeground(column, text);
     }
@@ -102,7 +104,7 @@ void VersionsBox::showCurrentMakes() {
     m_filling = true;
     for (int row = 0; row < m_model.count() && row < m_list->topLevelItemCount(); ++row)
         if (m_model.entry(row).isCurrent())
-            m_list->topLevelItem(row)->setText(MakesColumn, m_model.makes(row, m_settings.request()));
+            m_list->topLevelItem(row)->setText(MakesColumn, RequestSummary::of(m_settings.request()));
     m_filling = false;
 }
 
