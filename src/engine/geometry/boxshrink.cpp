@@ -15,10 +15,9 @@ struct Sequence {
     std::vector<uint32_t> sums;
 };
 
-void* startSequence(VipsImage* out, void* in, void*) {
+void* startSequence(VipsImage*, void* in, void*) {
     auto* sequence = new Sequence;
     sequence->region = vips_region_new(static_cast<VipsImage*>(in));
-    sequence->sums.resize(size_t(out->Xsize) * size_t(out->Bands));
     return sequence;
 }
 
@@ -76,6 +75,8 @@ int generate(VipsRegion* out, void* sequence, void* a, void* b, gboolean*) {
     const uint32_t area = uint32_t(factor * factor);
     const int shift = std::has_single_bit(area) ? std::countr_zero(area) : -1;
     const size_t length = size_t(r.width) * size_t(bands);
+    if (s->sums.size() < length)
+        s->sums.resize(length);
     uint32_t* sums = s->sums.data();
     for (int y = 0; y < r.height; ++y) {
         std::fill(sums, sums + length, area / 2);
@@ -115,10 +116,12 @@ vips::VImage BoxShrink::shrink(const vips::VImage& image, int factor) {
         g_object_unref(out);
         throw vips::VError();
     }
-    out->Xsize = std::max(1, int(double(in->Xsize) / factor + 0.5));
-    out->Ysize = std::max(1, int(double(in->Ysize) / factor + 0.5));
-    out->Xres = in->Xres / factor;
-    out->Yres = in->Yres / factor;
+    // The fields are set by libvips: its workers read them, and a write from
+    // this file would look unordered with those reads to ThreadSanitizer,
+    // which does not see inside libvips's thread pool.
+    vips_image_init_fields(out, std::max(1, int(double(in->Xsize) / factor + 0.5)),
+                           std::max(1, int(double(in->Ysize) / factor + 0.5)), in->Bands, in->BandFmt,
+                           in->Coding, in->Type, in->Xres / factor, in->Yres / factor);
     // The output holds the input for as long as it lives.
     g_object_ref(in);
     vips_object_local(out, in);
