@@ -118,9 +118,25 @@ still() { # title, file, store lines, arguments...
     for preset in ${PRESETS:-}; do
         build/release/quillet --settings "$work/still.ini" presets import "$preset" >/dev/null
     done
-    build/release/quillet-gui --settings "$work/still.ini" "$@" 2>>"$work/stderr.log" &
-    app=$!
-    wait_for Quillet 100 >/dev/null
+    # Under heavy load Qt has been seen to abort while it sets up its X
+    # connection, before any of the program runs; such a start is said and
+    # tried once more. Any other failure ends the script.
+    local attempt status
+    for attempt in 1 2; do
+        build/release/quillet-gui --settings "$work/still.ini" "$@" 2>>"$work/stderr.log" &
+        app=$!
+        wait_for Quillet 100 >/dev/null && break
+        if kill -0 "$app" 2>/dev/null; then
+            echo "quillet-gui showed no window for $(basename "$file")" >&2
+            return 1
+        fi
+        status=0
+        wait "$app" || status=$?
+        app=
+        echo "quillet-gui ended (status $status) before its window showed, for $(basename "$file"):" >&2
+        tail -n 5 "$work/stderr.log" >&2
+        [ "$attempt" = 2 ] && return 1
+    done
     sleep "$settle"
     shoot "$(wait_for "$title" 50)" "$file"
     kill "$app" 2>/dev/null || true
